@@ -1,0 +1,28 @@
+# Compile settings shared by every target of the project.
+#
+# Results must be identical to the last bit, so the compiler may neither fuse a*b+c into
+# one rounding (-ffp-contract=off) nor reassociate (no -ffast-math, -Ofast or
+# -funsafe-math-optimizations anywhere). x86-64 evaluates float and double in SSE
+# registers, which keeps every float step a float rounding.
+
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+add_library(qal_build_flags INTERFACE)
+target_compile_features(qal_build_flags INTERFACE cxx_std_17)
+target_compile_options(qal_build_flags INTERFACE
+  -ffp-contract=off
+  -fno-fast-math
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wdouble-promotion
+  -Wold-style-cast -Wnon-virtual-dtor)
+
+if(QAL_SANITIZE)
+  set(qal_sanitizers -fsanitize=address,undefined,float-cast-overflow -fno-sanitize-recover=all)
+  target_compile_options(qal_build_flags INTERFACE ${qal_sanitizers} -fno-omit-frame-pointer)
+  target_link_options(qal_build_flags INTERFACE ${qal_sanitizers})
+endif()
+
+# qal_apply_build_flags(<target>): the flags above, kept private to <target> so that
+# nothing of them leaks into a consumer of the installed package.
+function(qal_apply_build_flags target)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:qal_build_flags>)
+endfunction()

@@ -1,0 +1,33 @@
+# Installs the built library into a scratch prefix, then configures, builds and runs a
+# consumer project that finds it with find_package(QalLib CONFIG REQUIRED).
+# Inputs: QAL_BUILD_DIR, QAL_CONSUMER_SOURCE, QAL_SCRATCH, QAL_SHARED.
+
+function(run)
+  execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE out)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "failed (${result}): ${ARGV}\n${out}")
+  endif()
+endfunction()
+
+file(REMOVE_RECURSE "${QAL_SCRATCH}")
+set(prefix "${QAL_SCRATCH}/prefix")
+run(${CMAKE_COMMAND} --install "${QAL_BUILD_DIR}" --prefix "${prefix}")
+run(${CMAKE_COMMAND} -S "${QAL_CONSUMER_SOURCE}" -B "${QAL_SCRATCH}/consumer"
+    "-DCMAKE_PREFIX_PATH=${prefix}" -DCMAKE_BUILD_TYPE=Release)
+run(${CMAKE_COMMAND} --build "${QAL_SCRATCH}/consumer")
+run("${QAL_SCRATCH}/consumer/qal_consumer")
+
+if(QAL_SHARED)
+  # The shared object exports the public API and nothing of the internals.
+  file(GLOB libs "${prefix}/lib*/libqal.so.*.*.*")
+  execute_process(COMMAND nm -DC --defined-only ${libs} OUTPUT_VARIABLE symbols RESULT_VARIABLE result)
+  if(NOT result EQUAL 0 OR symbols STREQUAL "")
+    message(FATAL_ERROR "cannot list the exported symbols of ${libs}")
+  endif()
+  if(symbols MATCHES "qal::detail")
+    message(FATAL_ERROR "internal symbols exported:\n${symbols}")
+  endif()
+  if(NOT symbols MATCHES "QAL_GetExtremum")
+    message(FATAL_ERROR "public API not exported:\n${symbols}")
+  endif()
+endif()

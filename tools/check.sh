@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Builds and runs every test: the static Release build, the sanitizer build and the shared
+# build (which also checks the installed package and the exported symbols).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+export CMAKE_BUILD_PARALLEL_LEVEL="${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}"
+export CTEST_PARALLEL_LEVEL="${CTEST_PARALLEL_LEVEL:-$(nproc)}"
+for workflow in test asan shared; do
+  echo "=== ${workflow}"
+  cmake --workflow --preset "${workflow}"
+done
+echo "=== all builds passed"
