@@ -1,0 +1,174 @@
+#include <cstdint>
+
+#include "curves/extremum_windows.h"
+#include "frame/constants.h"
+#include "qal/qal.h"
+
+namespace {
+
+using qal::detail::kNoValue;
+
+// No kind at all: what a window's kind variable holds until QAL_GetExtremum writes one.
+// QAL_GetExtremum leaves it there on its flat outcome (QAL_OK, 0.0, 0.0, no kind), so a
+// flat window never counts as a hit in the drivers that compare kinds.
+constexpr int kNoKind = 0;
+
+// The running best starts at -1e25 for a maximum and at +1e25 for any other kind.
+double sentinelFor(int kind) noexcept { return kind == QAL_EXTREMUM_MAX ? -kNoValue : kNoValue; }
+
+// Strictly better only: of equal ordinates the earlier stands, a NaN never improves, and a
+// kind that is neither maximum nor minimum never improves at all.
+bool improves(int kind, double candidate, double best) noexcept {
+    return (kind == QAL_EXTREMUM_MAX && candidate > best) || (kind == QAL_EXTREMUM_MIN && candidate < best);
+}
+
+struct Search {
+    const double* x;
+    const double* y;
+    int kind;
+    int useVertex;
+    float minHeightPercent;
+};
+
+struct WindowResult {
+    int status;
+    int kind;
+    double x;
+    double y;
+};
+
+WindowResult judgeWindow(const Search& s, int start, int size) noexcept {
+    WindowResult r{QAL_OK, kNoKind, 0.0, 0.0};
+    r.status = QAL_GetExtremum(s.x + start, s.y + start, size, &r.x, &r.y, &r.kind, s.useVertex,
+                               s.minHeightPercent);
+    return r;
+}
+
+// One pass of windows of `size` over the curve, keeping the best window of the wanted
+// kind in best/xOut/yOut; returns QAL_OK if any window improved, else `status`.
+int rangePass(const Search& s, int n, int size, double& best, double* xOut, double* yOut, int status) noexcept {
+    const int windowCount = n - size;
+    for (int start = 0; start < windowCount; ++start) {
+        const WindowResult w = judgeWindow(s, start, size);
+        if (w.status == QAL_OK && w.kind == s.kind && improves(s.kind, w.y, best)) {
+            best = w.y;
+            *yOut = w.y;
+            *xOut = w.x;
+            status = QAL_OK;
+        }
+    }
+    return status;
+}
+
+}  // namespace
+
+namespace qal::detail {
+
+// The magnitude is taken in 64 bits, so the most negative int counts as 2^31 (and ends as
+// 2147483646) instead of overflowing.
+int extremumWindowSize(int window, int n) noexcept {
+    std::int64_t size = window > n ? n / 2 : (window < 0 ? -static_cast<std::int64_t>(window) : window);
+    size = (size / 3) * 3;
+    return size < 3 ? 3 : static_cast<int>(size);
+}
+
+// coarse: the largest multiple of 3 not above n/5, capped at 42 (fine then 21) and raised
+// to 12; fine: the largest multiple of 3 not above coarse/4, raised to 9.
+AutoWindowSizes autoExtremumWindowSizes(int n) noexcept {
+    const int coarse = (n / 5 / 3) * 3;
+    if (coarse >= 42) return {42, 21};
+    const int raised = coarse < 12 ? 12 : coarse;
+    const int fine = (raised / 4 / 3) * 3;
+    return {raised, fine < 9 ? 9 : fine};
+}
+
+}  // namespace qal::detail
+
+int QAL_GetNextExtremum(const double* x, const double* y, int n, double* xOut, double* yOut, int window,
+                        int kind, int useVertex, float minHeightPercent) {
+    if (!x || !y || !xOut || !yOut || n < 3) return QAL_ERR_MEMORY;
+    const double sentinel = sentinelFor(kind);
+    *yOut = sentinel;
+    *xOut = x[0];
+    const int size = qal::detail::extremumWindowSize(window, n);
+    // Only a negative request of large magnitude gets here.
+    if (size > n) return QAL_ERR_OUT_OF_RANGE;
+
+    const Search s{x, y, kind, useVertex, minHeightPercent};
+    const int windowCount = n - size;
+    for (int start = 0; start < windowCount; ++start) {
+        const WindowResult w = judgeWindow(s, start, size);
+        if (w.status == QAL_OK && w.kind == kind && improves(kind, w.y, sentinel)) {
+            *yOut = w.y;
+            *xOut = w.x;
+            return QAL_OK;
+        }
+    }
+    return QAL_ERR_NOT_FOUND;
+}
+
+int QAL_GetRangeExtremum(const double* x, const double* y, int n, double* xOut, double* yOut, int window,
+                         int kind, int useVertex, float minHeightPercent) {
+    if (!x || !y || !xOut || !yOut || n < 3) return QAL_ERR_MEMORY;
+    double best = sentinelFor(kind);
+    *yOut = best;
+    *xOut = x[0];
+    const Search s{x, y, kind, useVertex, minHeightPercent};
+    return rangePass(s, n, qal::detail::extremumWindowSize(window, n), best, xOut, yOut, QAL_ERR_NOT_FOUND);
+}
+
+int QAL_GetAutoRangeExtremum(const double* x, const double* y, int n, double* xOut, double* yOut, int window,
+                             int kind, int useVertex, float minHeightPercent) {
+    if (!x || !y || !xOut || !yOut || n < 3) return QAL_ERR_MEMORY;
+    double best = sentinelFor(kind);
+    *yOut = best;
+    *xOut = x[0];
+    const Search s{x, y, kind, useVertex, minHeightPercent};
+    // The first pass is always made; a pass that finds something runs to its end and ends
+    // the search, so wider windows are tried only after a pass without a hit. Doubling
+    // keeps the size a multiple of 3; it is done in 64 bits, where it cannot overflow.
+    std::int64_t size = qal::detail::extremumWindowSize(window, n);
+    int status = QAL_ERR_NOT_FOUND;
+    for (;;) {
+        status = rangePass(s, n, static_cast<int>(size), best, xOut, yOut, status);
+        size *= 2;
+        if (status == QAL_OK || !(size < n / 3)) return status;
+    }
+}
+
+int QAL_GetAutoExtremum(const double* x, const double* y, int n, double* xOut, double* yOut, int kind,
+                        int useVertex, float minHeightPercent) {
+    if (!x || !y || !xOut || !yOut || n < 1) return QAL_ERR_MEMORY;
+
+    const auto [coarse, fine] = qal::detail::autoExtremumWindowSizes(n);
+    if (coarse > n) return QAL_ERR_PARAMETER;
+
+    // No kind test here, unlike the other drivers: any accepted window whose ordinate
+    // improves is taken, a flat window (0.0, 0.0) included.
+    const Search s{x, y, kind, useVertex, minHeightPercent};
+    double best = sentinelFor(kind);
+    int bestStart = 0;
+    for (int start = 0; start < n - coarse; ++start) {
+        const WindowResult w = judgeWindow(s, start, coarse);
+        if (w.status == QAL_OK && improves(kind, w.y, best)) {
+            best = w.y;
+            *yOut = w.y;
+            *xOut = w.x;
+            bestStart = start;
+        }
+    }
+
+    // Fine pass inside the best coarse window (the first coarse samples if none was
+    // found). The best starts afresh, so the first accepted fine window replaces the
+    // coarse result whatever its ordinate.
+    best = sentinelFor(kind);
+    for (int start = bestStart; start < bestStart + (coarse - fine); ++start) {
+        const WindowResult w = judgeWindow(s, start, fine);
+        if (w.status == QAL_OK && improves(kind, w.y, best)) {
+            best = w.y;
+            *yOut = w.y;
+            *xOut = w.x;
+        }
+    }
+    return QAL_OK;
+}
