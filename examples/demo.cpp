@@ -1,0 +1,89 @@
+// Analyses a sampled curve (by default the noisy sample curve shipped with the project,
+// two peaks and a valley) and prints what each routine of the library finds.
+//
+//   qal_demo [curve.csv]     the file holds a header line, then "x,y" per line
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "qal/qal.h"
+
+namespace {
+
+struct Curve {
+    std::vector<double> x, y;
+    int size() const { return static_cast<int>(x.size()); }
+};
+
+bool readCurve(const char* path, Curve& curve) {
+    std::ifstream in(path);
+    std::string line;
+    if (!in || !std::getline(in, line)) return false;  // header
+    while (std::getline(in, line)) {
+        std::istringstream fields(line);
+        double x = 0.0, y = 0.0;
+        char comma = 0;
+        if (!(fields >> x >> comma >> y) || comma != ',') return false;
+        curve.x.push_back(x);
+        curve.y.push_back(y);
+    }
+    return !curve.x.empty();
+}
+
+const char* statusName(int status) {
+    switch (status) {
+        case QAL_OK: return "ok";
+        case QAL_ERR_ORDER: return "abscissae out of order";
+        case QAL_ERR_MEMORY: return "bad array or no memory";
+        case QAL_ERR_ZERO_DIVISION: return "zero division";
+        case QAL_ERR_SINGULAR: return "singular";
+        case QAL_ERR_PARAMETER: return "bad parameter";
+        case QAL_ERR_NOT_FOUND: return "not found";
+        case QAL_ERR_OUT_OF_RANGE: return "out of range";
+        case QAL_ERR_TOO_FEW_POINTS: return "too few points";
+        case QAL_ERR_LOG_SEQUENCE: return "log sequence broken";
+        default: return "unknown status";
+    }
+}
+
+void report(const char* what, int status, double x, double y) {
+    if (status == QAL_OK) {
+        std::printf("  %-46s x = %9.4f   y = %9.4f\n", what, x, y);
+    } else {
+        std::printf("  %-46s %s\n", what, statusName(status));
+    }
+}
+
+void extremumDrivers(const Curve& c) {
+    std::printf("Extremum drivers (vertex of the parabola through the window's means, 5 %% height):\n");
+    const float height = 5.0f;
+    double x = 0.0, y = 0.0;
+    int s = QAL_GetNextExtremum(c.x.data(), c.y.data(), c.size(), &x, &y, 30, QAL_EXTREMUM_MAX, 1, height);
+    report("first maximum from the left, window 30", s, x, y);
+    s = QAL_GetRangeExtremum(c.x.data(), c.y.data(), c.size(), &x, &y, 30, QAL_EXTREMUM_MAX, 1, height);
+    report("highest maximum, window 30", s, x, y);
+    s = QAL_GetRangeExtremum(c.x.data(), c.y.data(), c.size(), &x, &y, 30, QAL_EXTREMUM_MIN, 1, height);
+    report("lowest minimum, window 30", s, x, y);
+    s = QAL_GetAutoRangeExtremum(c.x.data(), c.y.data(), c.size(), &x, &y, 3, QAL_EXTREMUM_MIN, 1, height);
+    report("lowest minimum, windows doubled from 3", s, x, y);
+    x = 0.0;
+    y = 0.0;
+    s = QAL_GetAutoExtremum(c.x.data(), c.y.data(), c.size(), &x, &y, QAL_EXTREMUM_MAX, 0, height);
+    report("highest sample of the automatic search", s, x, y);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const char* path = argc > 1 ? argv[1] : QAL_SAMPLE_CURVE;
+    Curve curve;
+    if (!readCurve(path, curve)) {
+        std::fprintf(stderr, "cannot read a curve from %s\n", path);
+        return 1;
+    }
+    std::printf("%d samples from %s\n\n", curve.size(), path);
+    extremumDrivers(curve);
+    return 0;
+}
