@@ -54,7 +54,7 @@ void BM_GetNextExtremumWholePass(benchmark::State& state) {
 BENCHMARK(BM_GetNextExtremumWholePass)->Unit(benchmark::kMillisecond);
 
 // A 0.5 % height demand lets the first pass (windows of 9) find the valleys; with a demand
-// the noise cannot meet, the windows double up to n/3 and the search costs seconds.
+// the noise cannot meet, the windows double up to n/3 and the search costs minutes.
 void BM_GetAutoRangeExtremum(benchmark::State& state) {
     const NoisyCurve& c = curve();
     for (auto _ : state) {

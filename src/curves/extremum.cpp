@@ -133,18 +133,16 @@ int QAL_GetExtremum(const double* x, const double* y, int n, double* xOut, doubl
     }
 
     if (useVertex == 0) {
-        // The first of equal samples wins and a NaN never does (strict tests); the vertex
+        // The extreme sample replaces the vertex, compared with what stands in *yOut: the
+        // first of equal samples wins and a NaN never does (strict tests), and the vertex
         // abscissa stays when no sample beats the start value.
-        double best = kind == QAL_EXTREMUM_MAX ? -kNoValue : kNoValue;
-        double bestX = t;
+        *yOut = kind == QAL_EXTREMUM_MAX ? -kNoValue : kNoValue;
         for (int i = 0; i < n; ++i) {
-            if (kind == QAL_EXTREMUM_MAX ? y[i] > best : y[i] < best) {
-                best = y[i];
-                bestX = x[i];
+            if (kind == QAL_EXTREMUM_MAX ? y[i] > *yOut : y[i] < *yOut) {
+                *yOut = y[i];
+                *xOut = x[i];
             }
         }
-        *yOut = best;
-        *xOut = bestX;
     }
     *kindOut = kind;
     return QAL_OK;

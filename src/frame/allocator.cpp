@@ -1,8 +1,16 @@
 #include "frame/allocator.h"
 
-#include <cstdlib>
-
 namespace qal::detail {
+
+#ifndef QAL_ALLOCATION_FAULTS
+
+// The installed library: every request goes to the system, nothing is counted.
+bool admitAllocation() noexcept { return true; }
+void noteAllocated() noexcept {}
+void noteReleased() noexcept {}
+
+#else
+
 namespace {
 
 struct AllocationCounters {
@@ -15,33 +23,19 @@ thread_local AllocationCounters counters;
 
 }  // namespace
 
-void* allocateBytes(std::uint32_t bytes) noexcept {
-    const long long number = ++counters.made;
-    // A saturated size stands for a request that cannot be represented; it must fail
-    // even where the system would hand out four gigabytes.
-    if (bytes == kSaturatedByteSize || number == counters.failAt) return nullptr;
-    void* const block = std::malloc(bytes == 0 ? 1 : static_cast<std::size_t>(bytes));
-    if (block != nullptr) ++counters.live;
-    return block;
-}
-
-void releaseBytes(void* block) noexcept {
-    if (block == nullptr) return;
-    --counters.live;
-    std::free(block);
-}
+bool admitAllocation() noexcept { return ++counters.made != counters.failAt; }
+void noteAllocated() noexcept { ++counters.live; }
+void noteReleased() noexcept { --counters.live; }
 
 namespace testing {
 
-void failAllocationNumber(int k) noexcept {
-    counters.failAt = k > 0 ? counters.made + k : 0;
-}
-
+void failAllocationNumber(int k) noexcept { counters.failAt = k > 0 ? counters.made + k : 0; }
 long long allocationsMade() noexcept { return counters.made; }
-
 long long allocationsLive() noexcept { return counters.live; }
-
 void resetAllocationCounters() noexcept { counters = AllocationCounters{}; }
 
 }  // namespace testing
+
+#endif
+
 }  // namespace qal::detail

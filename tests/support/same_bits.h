@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -14,14 +15,12 @@ namespace qal::test {
 
 template <class T>
 ::testing::AssertionResult SameBits(T expected, T actual) {
-    static_assert(sizeof(T) == 4 || sizeof(T) == 8, "float or double");
-    using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
-    Bits e, a;
+    static_assert(std::is_floating_point_v<T> && (sizeof(T) == 4 || sizeof(T) == 8), "float or double");
+    std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t> e, a;
     std::memcpy(&e, &expected, sizeof e);
     std::memcpy(&a, &actual, sizeof a);
     if (e == a || (std::isnan(expected) && std::isnan(actual))) return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << std::hexfloat << "expected " << expected << ", got " << actual
-                                         << std::defaultfloat << " (" << actual << ")";
+    return ::testing::AssertionFailure() << std::hexfloat << "expected " << expected << ", got " << actual;
 }
 
 inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
