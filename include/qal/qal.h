@@ -31,6 +31,27 @@ inline constexpr int QAL_EXTREMUM_MIN = 21;  // parabola through the means opens
 // Kept for hosts that call it after loading the module; it has no effect on this platform.
 QAL_API void InitQalLibExtDLL();
 
+// ---- Guarded arithmetic: ordered search and sort ---------------------------------------
+// Position of `value` in the monotonic x[0..n-1] (ascending exactly when x[n-1] > x[0];
+// equal ends count as descending) by a bisection that moves both bounds past the middle,
+// so *index may be one position off the enclosing interval on either side, n-1 included.
+// An element equal to the value is found only when the bisection lands on it. A NaN
+// value or element ends the search at the middle it meets. QAL_ERR_PARAMETER (null x or
+// index, nothing written); then *index = 0; QAL_ERR_TOO_FEW_POINTS (n < 2);
+// QAL_ERR_OUT_OF_RANGE at or beyond x[0] (index 0) or x[n-1] (index n-1).
+QAL_API int QAL_LocateValue(double value, const double* x, int n, int* index);
+// The stored point at the position QAL_LocateValue gives, no interpolation. At or beyond
+// x[0] or x[n-1] (ends of an ascending array): QAL_ERR_OUT_OF_RANGE with that end point.
+// QAL_ERR_PARAMETER (null pointer or n < 1); a failing search passes its status on with
+// the outputs untouched.
+QAL_API int QAL_FindAbsValues(double value, const double* x, const double* y, int n, double* xOut, double* yOut);
+// Stable ascending straight-insertion sort of keys[0..n-1] in place; the optional
+// companions `second` and `third` (may be null) are moved with the keys. An element moves
+// left only past strictly greater keys, so a NaN key stays and stops others. `reserved`
+// is ignored. QAL_ERR_MEMORY, not QAL_ERR_PARAMETER, for null keys or n < 1. Quadratic in
+// the worst case; no allocation.
+QAL_API int QAL_SortStraightInsert(float* keys, float* second, int* third, int n, int reserved);
+
 // ---- Curve analysis: extremum search ---------------------------------------------------
 // Judges the run x, y[0..n-1] for one maximum or minimum: parabola through the means of
 // its three thirds, vertex by Newton steps, accepted by the sign test and by the middle
