@@ -52,6 +52,42 @@ QAL_API int QAL_FindAbsValues(double value, const double* x, const double* y, in
 // the worst case; no allocation.
 QAL_API int QAL_SortStraightInsert(float* keys, float* second, int* third, int n, int reserved);
 
+// ---- Lines: line fits and evaluation ---------------------------------------------------
+// A line is (intercept, slope): y = intercept + slope * x. Nothing here allocates.
+// Two-pass least-squares fit about the mean abscissa, in double. No tests at all: n = 1
+// or equal abscissae give NaN in both outputs, n <= 0 too. Writes intercept, then slope.
+QAL_API void QAL_LinFit(const double* x, const double* y, int n, double* intercept, double* slope);
+// The same fit with every step a single-precision operation (n converted to float).
+QAL_API void QAL_LinFitFloat(const float* x, const float* y, int n, float* intercept, float* slope);
+// Ordinate of the fitted line at xValue: slope * xValue + intercept. 0.0 for null x or y
+// or n < 2 (indistinguishable from a true 0.0).
+QAL_API double QAL_CalcLinX(double xValue, const double* x, const double* y, int n);
+// Abscissa where the fitted line reaches yValue. 0.0 for null x or y, n < 2, or
+// |slope| <= 1e-25 (a flat line, equal abscissae, a NaN slope).
+QAL_API double QAL_CalcLinY(double yValue, const double* x, const double* y, int n);
+// QAL_CalcLinX on the float fit; the final product and sum in double, rounded to float once.
+QAL_API float QAL_CalcLinXFloat(float xValue, const float* x, const float* y, int n);
+// QAL_CalcLinY on the float fit; the widened slope is tested against the double 1e-25,
+// the quotient is float.
+QAL_API float QAL_CalcLinYFloat(float yValue, const float* x, const float* y, int n);
+// Crossing of y = intercept1 + slope1 x and y = intercept2 + slope2 x, in float.
+// QAL_ERR_PARAMETER (null output, nothing written). QAL_ERR_OUT_OF_RANGE when the slopes
+// are less than 1e-8 apart or one exceeds 1e25 / 100 in magnitude: both outputs the float
+// nearest 1e25. QAL_OK otherwise, with *yCross untouched when both x * slope products
+// reach 1e25 (and with NaN in *xCross for a NaN coefficient).
+QAL_API int QAL_StraightLineIntersection(float* xCross, float* yCross, float intercept1, float slope1,
+                                         float intercept2, float slope2);
+
+// ---- Lines: linear regression ----------------------------------------------------------
+// Least-squares line by one pass over raw sums in double (not the centred fit above).
+// Returns 1 when computed and 0, writing nothing, when n < 2: a yes/no answer, not a status.
+// Equal abscissae are not reported (NaN or a residue quotient, result 1). Writes slope,
+// then intercept.
+QAL_API int QAL_LinearRegression(const double* x, const double* y, int n, double* intercept, double* slope);
+// Centred two-pass fit of float samples with double sums, narrowed to float at the end.
+// No tests: n <= 1 gives NaN in both outputs. Always returns QAL_OK (0).
+QAL_API int QAL_LinearRegressionFloat(const float* x, const float* y, int n, float* intercept, float* slope);
+
 // ---- Curve analysis: extremum search ---------------------------------------------------
 // Judges the run x, y[0..n-1] for one maximum or minimum: parabola through the means of
 // its three thirds, vertex by Newton steps, accepted by the sign test and by the middle
