@@ -129,4 +129,36 @@ QAL_API int QAL_GetAutoRangeExtremum(const double* x, const double* y, int n, do
 QAL_API int QAL_GetAutoExtremum(const double* x, const double* y, int n, double* xOut, double* yOut,
                                 int kind, int useVertex, float minHeightPercent);
 
+// ---- Curve analysis: threshold and end-point searches ----------------------------------
+// All five: QAL_ERR_PARAMETER for a null pointer or n < 1 (nothing written); then
+// *yOut = y[0] and *xOut = x[0], which stay with QAL_ERR_TOO_FEW_POINTS when n < 2.
+// `direction` 2 scans from the last sample back, any other value forward; `resultMode` 2
+// reports the point on the line through the hit pair, any other value a sample.
+
+// Where the curve first reaches the level L. L is float arithmetic on the samples
+// narrowed to float, with near/far the ends where the scan starts/finishes (both 0 unless
+// direction is 1 or 2): kind 2 far * 0.01f * percent, 3 threshold + near, 4
+// |y[n-1] - y[0]| * 0.01f * percent + near, 5 near * 0.01f * percent, other: threshold.
+// A pair hits when 0 >= (a - L)(b - L). Forward skips the last pair; backward examines
+// all and reports the last sample for a hit in the last pair. A hit gives QAL_OK and the
+// first sample of the pair met, or (crossing x, L). QAL_ERR_NOT_FOUND otherwise, with the
+// far-end sample when the curve ends short of L, on it, or level with its start, else
+// the start sample.
+QAL_API int QAL_FindX_at_YThreshold(const double* x, const double* y, int n, int thresholdKind, int direction,
+                                    int resultMode, float threshold, float percent, double* xOut, double* yOut);
+// The curve at |xDiff| (as float) from the first sample, or back from the last with
+// direction 2: the first sample at or beyond the target, or (target, line value) with
+// resultMode 2 past the first scanned sample. QAL_ERR_OUT_OF_RANGE when no sample reaches
+// the target: *xOut the target, *yOut the y at the far end of the scan. `reserved` unread.
+QAL_API int QAL_GetY_at_XDiff(const double* x, const double* y, int n, int reserved, int direction, int resultMode,
+                              float xDiff, double* xOut, double* yOut);
+// The last sample. The reserved arguments are not read.
+QAL_API int QAL_Find_LastPoint(const double* x, const double* y, int n, int reserved1, int reserved2, double* xOut,
+                               double* yOut);
+// Highest sample of the whole curve; of equal ones the last. QAL_ERR_NOT_FOUND with the
+// first sample when y[0] is NaN; later NaNs are passed over.
+QAL_API int QAL_Calc_AbsMaximum(const double* x, const double* y, int n, double* xOut, double* yOut);
+// Lowest sample of the whole curve; as QAL_Calc_AbsMaximum otherwise.
+QAL_API int QAL_Calc_AbsMinimum(const double* x, const double* y, int n, double* xOut, double* yOut);
+
 #endif  // QAL_QAL_H
