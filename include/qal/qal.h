@@ -62,8 +62,8 @@ QAL_API void QAL_LinFitFloat(const float* x, const float* y, int n, float* inter
 // Ordinate of the fitted line at xValue: slope * xValue + intercept. 0.0 for null x or y
 // or n < 2 (indistinguishable from a true 0.0).
 QAL_API double QAL_CalcLinX(double xValue, const double* x, const double* y, int n);
-// Abscissa where the fitted line reaches yValue. 0.0 for null x or y, n < 2, or
-// |slope| <= 1e-25 (a flat line, equal abscissae, a NaN slope).
+// Abscissa where the fitted line reaches yValue. 0.0 for null x or y, n < 2, or a slope
+// not above 1e-25 in magnitude (a flat line; equal abscissae and NaN give a NaN slope).
 QAL_API double QAL_CalcLinY(double yValue, const double* x, const double* y, int n);
 // QAL_CalcLinX on the float fit; the final product and sum in double, rounded to float once.
 QAL_API float QAL_CalcLinXFloat(float xValue, const float* x, const float* y, int n);
@@ -73,8 +73,9 @@ QAL_API float QAL_CalcLinYFloat(float yValue, const float* x, const float* y, in
 // Crossing of y = intercept1 + slope1 x and y = intercept2 + slope2 x, in float.
 // QAL_ERR_PARAMETER (null output, nothing written). QAL_ERR_OUT_OF_RANGE when the slopes
 // are less than 1e-8 apart or one exceeds 1e25 / 100 in magnitude: both outputs the float
-// nearest 1e25. QAL_OK otherwise, with *yCross untouched when both x * slope products
-// reach 1e25 (and with NaN in *xCross for a NaN coefficient).
+// nearest 1e25. QAL_OK otherwise: *yCross from the first line whose x * slope lies below
+// 1e25 (signed, so far below -1e25 counts), untouched when neither does; a NaN coefficient
+// passes every test and leaves NaN in *xCross.
 QAL_API int QAL_StraightLineIntersection(float* xCross, float* yCross, float intercept1, float slope1,
                                          float intercept2, float slope2);
 
