@@ -74,6 +74,23 @@ void extremumDrivers(const Curve& c) {
     report("highest sample of the automatic search", s, x, y);
 }
 
+void levelCrossings(const Curve& c) {
+    std::printf("\nWhole-curve extremes and level crossings:\n");
+    double xMax = 0.0, yMax = 0.0, xMin = 0.0, yMin = 0.0;
+    int s = QAL_Calc_AbsMaximum(c.x.data(), c.y.data(), c.size(), &xMax, &yMax);
+    report("highest sample", s, xMax, yMax);
+    s = QAL_Calc_AbsMinimum(c.x.data(), c.y.data(), c.size(), &xMin, &yMin);
+    report("lowest sample", s, xMin, yMin);
+
+    // An absolute level (kind 0), the crossing interpolated between the two samples (mode 2).
+    const float half = static_cast<float>(yMax / 2.0);
+    double x = 0.0, y = 0.0;
+    s = QAL_FindX_at_YThreshold(c.x.data(), c.y.data(), c.size(), 0, 0, 2, half, 0.0f, &x, &y);
+    report("first reaches half the maximum, from the left", s, x, y);
+    s = QAL_FindX_at_YThreshold(c.x.data(), c.y.data(), c.size(), 0, 2, 2, half, 0.0f, &x, &y);
+    report("first reaches half the maximum, from the right", s, x, y);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -85,5 +102,6 @@ int main(int argc, char** argv) {
     }
     std::printf("%d samples from %s\n\n", curve.size(), path);
     extremumDrivers(curve);
+    levelCrossings(curve);
     return 0;
 }

@@ -31,6 +31,64 @@ inline constexpr int QAL_EXTREMUM_MIN = 21;  // parabola through the means opens
 // Kept for hosts that call it after loading the module; it has no effect on this platform.
 QAL_API void InitQalLibExtDLL();
 
+// ---- Guarded arithmetic: ordered search and sort ---------------------------------------
+// Position of `value` in the monotonic x[0..n-1] (ascending exactly when x[n-1] > x[0];
+// equal ends count as descending) by a bisection that moves both bounds past the middle,
+// so *index may be one position off the enclosing interval on either side, n-1 included.
+// An element equal to the value is found only when the bisection lands on it. A NaN
+// value or element ends the search at the middle it meets. QAL_ERR_PARAMETER (null x or
+// index, nothing written); then *index = 0; QAL_ERR_TOO_FEW_POINTS (n < 2);
+// QAL_ERR_OUT_OF_RANGE at or beyond x[0] (index 0) or x[n-1] (index n-1).
+QAL_API int QAL_LocateValue(double value, const double* x, int n, int* index);
+// The stored point at the position QAL_LocateValue gives, no interpolation. At or beyond
+// x[0] or x[n-1] (ends of an ascending array): QAL_ERR_OUT_OF_RANGE with that end point.
+// QAL_ERR_PARAMETER (null pointer or n < 1); a failing search passes its status on with
+// the outputs untouched.
+QAL_API int QAL_FindAbsValues(double value, const double* x, const double* y, int n, double* xOut, double* yOut);
+// Stable ascending straight-insertion sort of keys[0..n-1] in place; the optional
+// companions `second` and `third` (may be null) are moved with the keys. An element moves
+// left only past strictly greater keys, so a NaN key stays and stops others. `reserved`
+// is ignored. QAL_ERR_MEMORY, not QAL_ERR_PARAMETER, for null keys or n < 1. Quadratic in
+// the worst case; no allocation.
+QAL_API int QAL_SortStraightInsert(float* keys, float* second, int* third, int n, int reserved);
+
+// ---- Lines: line fits and evaluation ---------------------------------------------------
+// A line is (intercept, slope): y = intercept + slope * x. Nothing here allocates.
+// Two-pass least-squares fit about the mean abscissa, in double. No tests at all: n = 1
+// or equal abscissae give NaN in both outputs, n <= 0 too. Writes intercept, then slope.
+QAL_API void QAL_LinFit(const double* x, const double* y, int n, double* intercept, double* slope);
+// The same fit with every step a single-precision operation (n converted to float).
+QAL_API void QAL_LinFitFloat(const float* x, const float* y, int n, float* intercept, float* slope);
+// Ordinate of the fitted line at xValue: slope * xValue + intercept. 0.0 for null x or y
+// or n < 2 (indistinguishable from a true 0.0).
+QAL_API double QAL_CalcLinX(double xValue, const double* x, const double* y, int n);
+// Abscissa where the fitted line reaches yValue. 0.0 for null x or y, n < 2, or a slope
+// not above 1e-25 in magnitude (a flat line; equal abscissae and NaN give a NaN slope).
+QAL_API double QAL_CalcLinY(double yValue, const double* x, const double* y, int n);
+// QAL_CalcLinX on the float fit; the final product and sum in double, rounded to float once.
+QAL_API float QAL_CalcLinXFloat(float xValue, const float* x, const float* y, int n);
+// QAL_CalcLinY on the float fit; the widened slope is tested against the double 1e-25,
+// the quotient is float.
+QAL_API float QAL_CalcLinYFloat(float yValue, const float* x, const float* y, int n);
+// Crossing of y = intercept1 + slope1 x and y = intercept2 + slope2 x, in float.
+// QAL_ERR_PARAMETER (null output, nothing written). QAL_ERR_OUT_OF_RANGE when the slopes
+// are less than 1e-8 apart or one exceeds 1e25 / 100 in magnitude: both outputs the float
+// nearest 1e25. QAL_OK otherwise: *yCross from the first line whose x * slope lies below
+// 1e25 (signed, so far below -1e25 counts), untouched when neither does; a NaN coefficient
+// passes every test and leaves NaN in *xCross.
+QAL_API int QAL_StraightLineIntersection(float* xCross, float* yCross, float intercept1, float slope1,
+                                         float intercept2, float slope2);
+
+// ---- Lines: linear regression ----------------------------------------------------------
+// Least-squares line by one pass over raw sums in double (not the centred fit above).
+// Returns 1 when computed and 0, writing nothing, when n < 2: a yes/no answer, not a status.
+// Equal abscissae are not reported (NaN or a residue quotient, result 1). Writes slope,
+// then intercept.
+QAL_API int QAL_LinearRegression(const double* x, const double* y, int n, double* intercept, double* slope);
+// Centred two-pass fit of float samples with double sums, narrowed to float at the end.
+// No tests: n <= 1 gives NaN in both outputs. Always returns QAL_OK (0).
+QAL_API int QAL_LinearRegressionFloat(const float* x, const float* y, int n, float* intercept, float* slope);
+
 // ---- Curve analysis: extremum search ---------------------------------------------------
 // Judges the run x, y[0..n-1] for one maximum or minimum: parabola through the means of
 // its three thirds, vertex by Newton steps, accepted by the sign test and by the middle
@@ -71,5 +129,37 @@ QAL_API int QAL_GetAutoRangeExtremum(const double* x, const double* y, int n, do
 // QAL_ERR_PARAMETER (n < 12).
 QAL_API int QAL_GetAutoExtremum(const double* x, const double* y, int n, double* xOut, double* yOut,
                                 int kind, int useVertex, float minHeightPercent);
+
+// ---- Curve analysis: threshold and end-point searches ----------------------------------
+// All five: QAL_ERR_PARAMETER for a null pointer or n < 1 (nothing written); then
+// *yOut = y[0] and *xOut = x[0], which stay with QAL_ERR_TOO_FEW_POINTS when n < 2.
+// `direction` 2 scans from the last sample back, any other value forward; `resultMode` 2
+// reports the point on the line through the hit pair, any other value a sample.
+
+// Where the curve first reaches the level L. L is float arithmetic on the samples
+// narrowed to float, with near/far the ends where the scan starts/finishes (both 0 unless
+// direction is 1 or 2): kind 2 far * 0.01f * percent, 3 threshold + near, 4
+// |y[n-1] - y[0]| * 0.01f * percent + near, 5 near * 0.01f * percent, other: threshold.
+// A pair hits when 0 >= (a - L)(b - L). Forward skips the last pair; backward examines
+// all and reports the last sample for a hit in the last pair. A hit gives QAL_OK and the
+// first sample of the pair met, or (crossing x, L). QAL_ERR_NOT_FOUND otherwise, with the
+// far-end sample when the curve ends short of L, on it, or level with its start, else
+// the start sample.
+QAL_API int QAL_FindX_at_YThreshold(const double* x, const double* y, int n, int thresholdKind, int direction,
+                                    int resultMode, float threshold, float percent, double* xOut, double* yOut);
+// The curve at |xDiff| (as float) from the first sample, or back from the last with
+// direction 2: the first sample at or beyond the target, or (target, line value) with
+// resultMode 2 past the first scanned sample. QAL_ERR_OUT_OF_RANGE when no sample reaches
+// the target: *xOut the target, *yOut the y at the far end of the scan. `reserved` unread.
+QAL_API int QAL_GetY_at_XDiff(const double* x, const double* y, int n, int reserved, int direction, int resultMode,
+                              float xDiff, double* xOut, double* yOut);
+// The last sample. The reserved arguments are not read.
+QAL_API int QAL_Find_LastPoint(const double* x, const double* y, int n, int reserved1, int reserved2, double* xOut,
+                               double* yOut);
+// Highest sample of the whole curve; of equal ones the last. QAL_ERR_NOT_FOUND with the
+// first sample when y[0] is NaN; later NaNs are passed over.
+QAL_API int QAL_Calc_AbsMaximum(const double* x, const double* y, int n, double* xOut, double* yOut);
+// Lowest sample of the whole curve; as QAL_Calc_AbsMaximum otherwise.
+QAL_API int QAL_Calc_AbsMinimum(const double* x, const double* y, int n, double* xOut, double* yOut);
 
 #endif  // QAL_QAL_H

@@ -23,6 +23,13 @@ template <class T>
     return ::testing::AssertionFailure() << std::hexfloat << "expected " << expected << ", got " << actual;
 }
 
+// Two results at once (a point, or a line's intercept and slope), each to the bit.
+template <class T>
+::testing::AssertionResult SamePoint(T expectedX, T expectedY, T x, T y) {
+    if (!SameBits(expectedX, x)) return SameBits(expectedX, x) << " in the first";
+    return SameBits(expectedY, y) << " in the second";
+}
+
 inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double kInf = std::numeric_limits<double>::infinity();
 // Stands in an output that a failing call must leave alone.
