@@ -8,8 +8,7 @@
 
 namespace {
 
-using qal::test::kNoRaise;
-using qal::test::RaisedIndex;
+using qal::test::kNoRaise, qal::test::RaisedIndex;
 namespace alloc = qal::detail::testing;
 
 // Reach the storage that the public interface does not show.
@@ -26,10 +25,9 @@ struct MatrixProbe : t_QalMatrix<double> {
 // the capacity grows by size / 8 within 4 and 1024.
 TEST(QalVector, SizingAndIndexTests) {
     struct Row { int from, to, index, raised; std::size_t capacity; };
-    const Row rows[] = {{3, 3, 2, kNoRaise, 3}, {3, 3, 3, 3, 3}, {3, 3, -1, -1, 3}, {0, 0, 0, 0, 0},
-                        {1, 1, INT_MAX, INT_MAX, 1}, {100, 101, 100, kNoRaise, 112}, {3, 4, 3, kNoRaise, 7},
-                        {10000, 10001, 10000, kNoRaise, 11024}, {100, 300, 299, kNoRaise, 300}, {8, 3, 3, 3, 8},
-                        {8, 0, 0, 0, 0}};
+    const Row rows[] = {{3, 3, 2, kNoRaise, 3}, {3, 3, 3, 3, 3}, {3, 3, -1, -1, 3}, {0, 0, 0, 0, 0}, {1, 1, INT_MAX, INT_MAX, 1},
+                        {100, 101, 100, kNoRaise, 112}, {3, 4, 3, kNoRaise, 7}, {10000, 10001, 10000, kNoRaise, 11024},
+                        {100, 300, 299, kNoRaise, 300}, {8, 3, 3, 3, 8}, {8, 0, 0, 0, 0}};
     for (const Row& r : rows) {
         VectorProbe v(r.from);
         v.SetSize(r.to);
@@ -49,10 +47,9 @@ TEST(QalVector, SizingAndIndexTests) {
 TEST(QalMatrix, AccessAndAllocation) {
     struct Row { int rows, cols, row, col; bool faulted; long long requests; int raised; };
     const Row rows[] = {{2, 3, 1, 2, false, 1, kNoRaise}, {2, 3, 2, 3, false, 1, 2}, {2, 3, 1, 3, false, 1, 3},
-                        {2, 3, -1, 0, false, 1, -1}, {2, 3, 0, -4, false, 1, -4}, {3, 0, 1, 2, false, 0, 2},
-                        {0, 3, 1, 2, false, 0, 1}, {-3, -4, 0, 0, false, 0, 0}, {100, 200, 0, 0, true, 1, 20000},
-                        {536870912, 1, 0, 0, false, 1, 536870912}, {46341, 46341, 0, 0, false, 0, -2147479015},
-                        {65536, 65536, 0, 0, false, 0, 0}};
+                        {2, 3, -1, 0, false, 1, -1}, {2, 3, 0, -4, false, 1, -4}, {3, 0, 1, 2, false, 0, 2}, {0, 3, 1, 2, false, 0, 1},
+                        {-3, -4, 0, 0, false, 0, 0}, {100, 200, 0, 0, true, 1, 20000}, {536870912, 1, 0, 0, false, 1, 536870912},
+                        {46341, 46341, 0, 0, false, 0, -2147479015}, {65536, 65536, 0, 0, false, 0, 0}};
     for (const Row& r : rows) {
         alloc::resetAllocationCounters();
         if (r.faulted) alloc::failAllocationNumber(1);
