@@ -31,6 +31,44 @@ inline constexpr int QAL_EXTREMUM_MIN = 21;  // parabola through the means opens
 // Kept for hosts that call it after loading the module; it has no effect on this platform.
 QAL_API void InitQalLibExtDLL();
 
+// ---- Guarded arithmetic: scalar functions ----------------------------------------------
+// The standard functions with their domain errors and overflows replaced by fixed
+// substitutes. None fails; a NaN argument reaches the standard function unless a line
+// below says otherwise.
+
+// exp(x); 1e25 for x > 30. A very negative x underflows to 0.
+QAL_API double QAL_exp(double x);
+// log(x); -30.0 for x < 1e-25 (every negative x too), 30.0 for x > 1e25.
+QAL_API double QAL_log(double x);
+// log10(x); -30.0 for x < 1e-25 (every negative x too), 30.0 for x > 1e25.
+QAL_API double QAL_log10(double x);
+// x to the power y, the first case that applies: 1.0 for x > 1e25 and y == 0; -1.0 for
+// x < -1e25 and y == 0; 1e25 for 0 to the power 0; 0.0 for x < 0 and a y that is not a
+// whole number (NaN and infinite y included); 1e25 for y > 1 and |x| > 1e25^(1/y); 0.0
+// for y < -1 and |x| > 1e25^(1/|y|); 1e25 for x < 1, y < -1 and 1/x > 1e25^(1/|y|)
+// (+0 included, -0 not); else pow(x, y).
+QAL_API double QAL_pow(double x, double y);
+// 10 to the power x; 1e25 for x > 30, 0.0 for x < -25.
+QAL_API double QAL_pow10(double x);
+// Signed root of x rounded to float first: -sqrt(-x) below 0, else sqrt(x). A double
+// result of float precision; an x beyond the float range gives an infinity.
+QAL_API double QAL_sqrt(double x);
+// a * b, formed exactly in double and rounded to float; a product above 1e25 gives the
+// float image of 1e25 (9.99999956e24), one below -1e25 its negative.
+QAL_API float QAL_mult(float a, float b);
+// Decimal logarithms of source[0..n-1] by QAL_log10, rounded to float, into a new array
+// stored in *target. mode 1: QAL_ERR_LOG_SEQUENCE at the second descent of the
+// logarithms (a flat step is no descent); mode 2: QAL_ERR_LOG_SEQUENCE unless each
+// logarithm rises above the one before, the first above -30; other modes: no test.
+// n == 0: QAL_OK, nothing allocated or looked at. QAL_ERR_MEMORY for a null source or
+// target, or when the array cannot be allocated (*target is then null; a negative n
+// always fails so). On QAL_OK and on QAL_ERR_LOG_SEQUENCE the array belongs to the
+// caller, who releases it with QAL_ReleaseArray; after QAL_ERR_LOG_SEQUENCE it holds the
+// logarithms up to the offending one and nothing defined behind it.
+QAL_API int QAL_CalcLog(float** target, const float* source, int n, short mode);
+// Releases an array that QAL_CalcLog handed out; null is accepted.
+QAL_API void QAL_ReleaseArray(float* array);
+
 // ---- Guarded arithmetic: ordered search and sort ---------------------------------------
 // Position of `value` in the monotonic x[0..n-1] (ascending exactly when x[n-1] > x[0];
 // equal ends count as descending) by a bisection that moves both bounds past the middle,

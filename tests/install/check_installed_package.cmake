@@ -27,7 +27,13 @@ if(QAL_SHARED)
   if(symbols MATCHES "qal::detail")
     message(FATAL_ERROR "internal symbols exported:\n${symbols}")
   endif()
-  if(NOT symbols MATCHES "QAL_GetExtremum")
-    message(FATAL_ERROR "public API not exported:\n${symbols}")
-  endif()
+  # The flat API, the container instantiations and the exception's type information,
+  # which a host needs to catch it.
+  foreach(needed "QAL_GetExtremum" "t_QalVector<double>::operator\\(\\)\\(int\\)"
+                 "t_QalMatrix<double>::t_QalMatrix\\(int, int\\)" "typeinfo for k_QalExceptionIndex"
+                 "k_Qal::GaussJordan")
+    if(NOT symbols MATCHES "${needed}")
+      message(FATAL_ERROR "public API not exported (${needed}):\n${symbols}")
+    endif()
+  endforeach()
 endif()

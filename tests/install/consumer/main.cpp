@@ -1,5 +1,26 @@
 // A program outside the project that uses the installed package.
 #include <qal/qal.h>
+#include <qal/qal_classes.h>
+
+namespace {
+
+// An index-tested vector and the exception it raises, across the library boundary.
+bool containersWork() {
+    t_QalVector<double> v(3);
+    v(0) = 1.0;
+    v(1) = 2.0;
+    v(2) = 6.0;
+    double mean = 0.0;
+    if (!k_Qal::Mean(v, mean) || mean != 3.0) return false;
+    try {
+        v(3) = 1.0;
+    } catch (const k_QalExceptionIndex& e) {
+        return e.m_index == 3 && e.GetMessageW() == L"Internal error: bad index 3";
+    }
+    return false;
+}
+
+}  // namespace
 
 int main() {
     InitQalLibExtDLL();
@@ -8,5 +29,6 @@ int main() {
     double xOut = 0.0, yOut = 0.0;
     int kind = 0;
     const int status = QAL_GetExtremum(x, y, 9, &xOut, &yOut, &kind, 0, 5.0f);
-    return status == QAL_OK && kind == QAL_EXTREMUM_MAX && xOut == 4.0 && yOut == 100.0 ? 0 : 1;
+    const bool extremumFound = status == QAL_OK && kind == QAL_EXTREMUM_MAX && xOut == 4.0 && yOut == 100.0;
+    return extremumFound && containersWork() ? 0 : 1;
 }
