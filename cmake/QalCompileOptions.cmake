@@ -1,9 +1,10 @@
 # Compile settings shared by every target of the project.
 #
 # Results must be identical to the last bit, so the compiler may neither fuse a*b+c into
-# one rounding (-ffp-contract=off) nor reassociate (no -ffast-math, -Ofast or
-# -funsafe-math-optimizations anywhere). x86-64 evaluates float and double in SSE
-# registers, which keeps every float step a float rounding.
+# one rounding (-ffp-contract=off) nor reassociate or assume away NaN and infinity (no
+# fast-math option of any kind, no optimisation level that implies one). x86-64
+# evaluates float and double in SSE registers, which keeps every float step a float
+# rounding.
 
 set(CMAKE_CXX_EXTENSIONS OFF)
 

@@ -10,7 +10,6 @@ namespace {
 using qal::detail::kNoValue;
 using qal::detail::kNoValueFloat;
 using qal::detail::kNumericalZero;
-using qal::detail::kNumericalZeroFloat;
 
 // Largest exponent that QAL_exp and QAL_pow10 compute; above it they give 1e25.
 constexpr double kExponentLimit = 30.0;
@@ -138,49 +137,40 @@ double k_Qal::Sqrt(double x) {
     return std::sqrt(x);
 }
 
-// Strict tests: the limit itself and NaN stay, and a repaired value passes a second
-// repair unchanged.
-bool k_Qal::InfRepair(double& value) {
-    if (value > kNoValue) {
-        value = kNoValue;
-        return true;
-    }
-    if (-kNoValue > value) {
-        value = -kNoValue;
-        return true;
-    }
-    return false;
-}
+namespace {
 
-// The test is made in double against 1e25 itself; the float image set lies below it.
-bool k_Qal::InfRepair(float& value) {
+// Both repairs test in double against the limit itself and set the limit rounded to the
+// value's type: for float its image, 9.99999956e24 (below 1e25) and 1.00000002e-25
+// (above 1e-25). The tests are strict, so the limit itself and NaN stay, and a repaired
+// value passes a second repair unchanged.
+template <class T>
+bool clampBeyondLimit(T& value) {
     const double wide = static_cast<double>(value);
     if (wide > kNoValue) {
-        value = kNoValueFloat;
+        value = static_cast<T>(kNoValue);
         return true;
     }
     if (-kNoValue > wide) {
-        value = -kNoValueFloat;
+        value = -static_cast<T>(kNoValue);
         return true;
     }
     return false;
 }
 
-// 0 and -0 both become +1e-25; NaN stays, with false.
-bool k_Qal::ZeroRepair(double& value) {
-    if (kNumericalZero > std::fabs(value)) {
-        value = 0.0 > value ? -kNumericalZero : kNumericalZero;
-        return true;
-    }
-    return false;
-}
-
-// The test is made in double against 1e-25 itself; the float image set lies above it.
-bool k_Qal::ZeroRepair(float& value) {
+// 0 and -0 both become +1e-25.
+template <class T>
+bool liftAboveZero(T& value) {
     const double wide = static_cast<double>(value);
     if (kNumericalZero > std::fabs(wide)) {
-        value = 0.0 > wide ? -kNumericalZeroFloat : kNumericalZeroFloat;
+        value = 0.0 > wide ? -static_cast<T>(kNumericalZero) : static_cast<T>(kNumericalZero);
         return true;
     }
     return false;
 }
+
+}  // namespace
+
+bool k_Qal::InfRepair(double& value) { return clampBeyondLimit(value); }
+bool k_Qal::InfRepair(float& value) { return clampBeyondLimit(value); }
+bool k_Qal::ZeroRepair(double& value) { return liftAboveZero(value); }
+bool k_Qal::ZeroRepair(float& value) { return liftAboveZero(value); }

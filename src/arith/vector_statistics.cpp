@@ -41,6 +41,38 @@ Fraction bestFraction(t_QalVector<double>& a, t_QalVector<double>& b, Better bet
     return best;
 }
 
+// Position of the first extreme element, by the strict test `beats(v(i), extreme)`: of
+// equal extremes the first position wins, a NaN never replaces, and a NaN at position 0
+// is never replaced. -1 with extreme 0.0 for an empty vector.
+template <class Beats>
+int firstExtreme(t_QalVector<double>& v, double& extreme, Beats beats) {
+    const int n = v.GetSize();
+    if (n == 0) {
+        extreme = 0.0;
+        return -1;
+    }
+    extreme = v(0);
+    int position = 0;
+    for (int i = 1; i < n; ++i) {
+        if (beats(v(i), extreme)) {
+            extreme = v(i);
+            position = i;
+        }
+    }
+    return position;
+}
+
+// Sum of the squares of v(i) - mean, in index order from 0.0.
+double squaredDeviations(t_QalVector<double>& v, double mean) {
+    double sum = 0.0;
+    const int n = v.GetSize();
+    for (int i = 0; i < n; ++i) {
+        const double deviation = v(i) - mean;
+        sum += deviation * deviation;
+    }
+    return sum;
+}
+
 bool greater(double q, double best) noexcept { return q > best; }
 bool smaller(double q, double best) noexcept { return best > q; }
 
@@ -114,10 +146,7 @@ bool k_Qal::Mean(t_QalVector<double>& v, double& mean, double& spread) {
     spread = 0.0;
     if (!Mean(v, mean)) return false;
     const int n = v.GetSize();
-    for (int i = 0; i < n; ++i) {
-        const double deviation = v(i) - mean;
-        spread += deviation * deviation;
-    }
+    spread = squaredDeviations(v, mean);
     if (n > 1) spread = std::sqrt(spread / static_cast<double>(n - 1));
     return true;
 }
@@ -126,48 +155,16 @@ bool k_Qal::Mean(t_QalVector<double>& v, double& mean, double& spread) {
 bool k_Qal::NVariance(t_QalVector<double>& v, double& mean, double& squares) {
     squares = 0.0;
     if (!Mean(v, mean)) return false;
-    const int n = v.GetSize();
-    for (int i = 0; i < n; ++i) {
-        const double deviation = v(i) - mean;
-        squares += deviation * deviation;
-    }
+    squares = squaredDeviations(v, mean);
     return true;
 }
 
-// Strict tests: of equal extremes the first position wins; a NaN never replaces, and a
-// NaN at position 0 is never replaced.
 int k_Qal::Min(t_QalVector<double>& v, double& extreme) {
-    const int n = v.GetSize();
-    if (n == 0) {
-        extreme = 0.0;
-        return -1;
-    }
-    extreme = v(0);
-    int position = 0;
-    for (int i = 1; i < n; ++i) {
-        if (extreme > v(i)) {
-            extreme = v(i);
-            position = i;
-        }
-    }
-    return position;
+    return firstExtreme(v, extreme, [](double e, double best) { return best > e; });
 }
 
 int k_Qal::Max(t_QalVector<double>& v, double& extreme) {
-    const int n = v.GetSize();
-    if (n == 0) {
-        extreme = 0.0;
-        return -1;
-    }
-    extreme = v(0);
-    int position = 0;
-    for (int i = 1; i < n; ++i) {
-        if (v(i) > extreme) {
-            extreme = v(i);
-            position = i;
-        }
-    }
-    return position;
+    return firstExtreme(v, extreme, [](double e, double best) { return e > best; });
 }
 
 int k_Qal::IndexMaxFraction(t_QalVector<double>& a, t_QalVector<double>& b) {

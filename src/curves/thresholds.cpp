@@ -190,15 +190,19 @@ int QAL_Find_LastPoint(const double* x, const double* y, int n, int /*reserved1*
     return QAL_OK;
 }
 
-// Boundary rules of both: equal samples, the last one wins (>=); a NaN y[0] matches
-// nothing, so QAL_ERR_NOT_FOUND with the first sample; a later NaN is passed over.
-// The comparison is against what stands in *yOut, the frame's first sample to begin with.
-int QAL_Calc_AbsMaximum(const double* x, const double* y, int n, double* xOut, double* yOut) {
+namespace {
+
+// Whole-curve extreme against what stands in *yOut, the frame's first sample to begin
+// with. `reaches(a, b)` holds equality, so of equal samples the last one wins; a NaN
+// y[0] matches nothing (QAL_ERR_NOT_FOUND with the first sample) and a later NaN is
+// passed over.
+template <class Reaches>
+int wholeCurveExtreme(const double* x, const double* y, int n, double* xOut, double* yOut, Reaches reaches) {
     int status = openFrame(x, y, n, xOut, yOut);
     if (status != QAL_OK) return status;
     status = QAL_ERR_NOT_FOUND;
     for (int i = 0; i < n; ++i) {
-        if (y[i] >= *yOut) {
+        if (reaches(y[i], *yOut)) {
             *yOut = y[i];
             *xOut = x[i];
             status = QAL_OK;
@@ -207,16 +211,12 @@ int QAL_Calc_AbsMaximum(const double* x, const double* y, int n, double* xOut, d
     return status;
 }
 
+}  // namespace
+
+int QAL_Calc_AbsMaximum(const double* x, const double* y, int n, double* xOut, double* yOut) {
+    return wholeCurveExtreme(x, y, n, xOut, yOut, [](double sample, double best) { return sample >= best; });
+}
+
 int QAL_Calc_AbsMinimum(const double* x, const double* y, int n, double* xOut, double* yOut) {
-    int status = openFrame(x, y, n, xOut, yOut);
-    if (status != QAL_OK) return status;
-    status = QAL_ERR_NOT_FOUND;
-    for (int i = 0; i < n; ++i) {
-        if (*yOut >= y[i]) {
-            *yOut = y[i];
-            *xOut = x[i];
-            status = QAL_OK;
-        }
-    }
-    return status;
+    return wholeCurveExtreme(x, y, n, xOut, yOut, [](double sample, double best) { return best >= sample; });
 }
