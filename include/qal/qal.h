@@ -93,7 +93,8 @@ QAL_API int QAL_SortStraightInsert(float* keys, float* second, int* third, int n
 // ---- Lines: line fits and evaluation ---------------------------------------------------
 // A line is (intercept, slope): y = intercept + slope * x. Nothing here allocates.
 // Two-pass least-squares fit about the mean abscissa, in double. No tests at all: n = 1
-// or equal abscissae give NaN in both outputs, n <= 0 too. Writes intercept, then slope.
+// or equal abscissae with an exact mean (always so for two points) give NaN in both
+// outputs, n <= 0 too. Writes intercept, then slope.
 QAL_API void QAL_LinFit(const double* x, const double* y, int n, double* intercept, double* slope);
 // The same fit with every step a single-precision operation (n converted to float).
 QAL_API void QAL_LinFitFloat(const float* x, const float* y, int n, float* intercept, float* slope);
@@ -101,7 +102,8 @@ QAL_API void QAL_LinFitFloat(const float* x, const float* y, int n, float* inter
 // or n < 2 (indistinguishable from a true 0.0).
 QAL_API double QAL_CalcLinX(double xValue, const double* x, const double* y, int n);
 // Abscissa where the fitted line reaches yValue. 0.0 for null x or y, n < 2, or a slope
-// not above 1e-25 in magnitude (a flat line; equal abscissae and NaN give a NaN slope).
+// not above 1e-25 in magnitude (a flat line, or a NaN slope from equal abscissae with an
+// exact mean).
 QAL_API double QAL_CalcLinY(double yValue, const double* x, const double* y, int n);
 // QAL_CalcLinX on the float fit; the final product and sum in double, rounded to float once.
 QAL_API float QAL_CalcLinXFloat(float xValue, const float* x, const float* y, int n);
@@ -186,9 +188,10 @@ QAL_API int QAL_GetAutoExtremum(const double* x, const double* y, int n, double*
 QAL_API int QAL_FindX_at_YThreshold(const double* x, const double* y, int n, int thresholdKind, int direction,
                                     int resultMode, float threshold, float percent, double* xOut, double* yOut);
 // The curve at |xDiff| (as float) from the first sample, or back from the last with
-// direction 2: the first sample at or beyond the target, or (target, line value) with
-// resultMode 2 past the first scanned sample. QAL_ERR_OUT_OF_RANGE when no sample reaches
-// the target: *xOut the target, *yOut the y at the far end of the scan. `reserved` unread.
+// direction 2: forward the first sample at or above the target, backward the first at or
+// below it; with resultMode 2 and a hit i != 0, (target, the line through samples i-1 and
+// i at the target) instead. QAL_ERR_OUT_OF_RANGE when no sample reaches the target:
+// *xOut the target, *yOut the y at the far end of the scan. `reserved` unread.
 QAL_API int QAL_GetY_at_XDiff(const double* x, const double* y, int n, int reserved, int direction, int resultMode,
                               float xDiff, double* xOut, double* yOut);
 // The last sample. The reserved arguments are not read.
