@@ -1,9 +1,9 @@
 // QalLib, the class side: index-tested containers and the static operations of k_Qal.
 //
 // Every element access of t_QalVector and t_QalMatrix tests its index and raises
-// k_QalExceptionIndex for a bad one; that exception is the only one the library itself
-// raises, and it passes through the k_Qal operations untouched. The flat functions of
-// qal.h never throw.
+// k_QalExceptionIndex for a bad one, which passes through the k_Qal operations untouched;
+// a negative size raises std::invalid_argument. Nothing else raises: the flat functions
+// of qal.h never throw.
 //
 //   t_QalVector<double> v(3);           // three elements, all 0.0
 //   v(0) = 1.0;
