@@ -12,11 +12,7 @@ inline constexpr int kNoRaise = INT_MIN;  // "nothing raised"; no row uses INT_M
 
 template <class Call>
 int RaisedIndex(Call call) {
-    try {
-        call();
-    } catch (const k_QalExceptionIndex& e) {
-        return e.m_index;
-    }
+    try { call(); } catch (const k_QalExceptionIndex& e) { return e.m_index; }
     return kNoRaise;
 }
 
