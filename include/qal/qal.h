@@ -64,8 +64,8 @@ QAL_API float QAL_mult(float a, float b);
 // target, or when the array cannot be allocated (*target is then null; a negative n
 // always fails so). On QAL_OK and on QAL_ERR_LOG_SEQUENCE the array belongs to the
 // caller, who releases it with QAL_ReleaseArray (it comes from new[], so delete[] does
-// too); after QAL_ERR_LOG_SEQUENCE it holds the
-// logarithms up to the offending one and nothing defined behind it.
+// too); after QAL_ERR_LOG_SEQUENCE it holds the logarithms up to the offending one and
+// nothing defined behind it.
 QAL_API int QAL_CalcLog(float** target, const float* source, int n, short mode);
 // Releases an array that QAL_CalcLog handed out; null is accepted.
 QAL_API void QAL_ReleaseArray(float* array);
