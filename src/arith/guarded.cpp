@@ -16,6 +16,10 @@ constexpr double kExponentLimit = 30.0;
 // What QAL_log and QAL_log10 give outside 1e-25 .. 1e25 (with the sign of the side), and
 // the value that QAL_CalcLog's order tests start from.
 constexpr double kLogSubstitute = 30.0;
+// -log10(1e25) and log(1e25), written out so that no call recomputes them: the first is
+// exactly -25 in double, the second is the double nearest log(1e25) (about 57.56).
+constexpr double kPow10Floor = -25.0;
+constexpr double kLogNoValue = 0x1.cc845b54b54f2p+5;
 
 }  // namespace
 
@@ -39,10 +43,10 @@ double QAL_log10(double x) {
     return std::log10(x);
 }
 
-// -log10(1e25) is -25 exactly in double: the floor lies at -25, which still computes.
+// Below the floor -log10(1e25) = -25 the power is 0.0; -25 itself still computes.
 double QAL_pow10(double x) {
     if (x > kExponentLimit) return kNoValue;
-    if (-std::log10(kNoValue) > x) return 0.0;
+    if (kPow10Floor > x) return 0.0;
     return std::pow(10.0, x);
 }
 
@@ -121,9 +125,8 @@ double k_Qal::Power(double x, double y) {
     // Predicts whether the power leaves 1e-25 .. 1e25 from its logarithm; at exactly
     // +-log(1e25) it is computed.
     const double logPower = std::log(x) * y;
-    const double logLimit = std::log(kNoValue);
-    if (-logLimit > logPower) return kNumericalZero;
-    if (logPower > logLimit) return kNoValue;
+    if (-kLogNoValue > logPower) return kNumericalZero;
+    if (logPower > kLogNoValue) return kNoValue;
     return std::pow(x, y);
 }
 
