@@ -151,6 +151,18 @@ QAL_API int QAL_PolynomialInterpolation(const double* x, const double* y, int n,
 QAL_API int QAL_RationialInterpolation(const double* x, const double* y, int n, double xValue, double* yOut,
                                        double* errorEstimate);
 
+// ---- Interpolation: Akima slopes -------------------------------------------------------
+// The Akima slope at every point of the float curve x, y[0..n-1] into slopes[0..n-1]: two
+// points extrapolated beyond each end, segment slopes in float (a segment of zero or NaN
+// width has the slope 1000.0, any other width divides), then per point the mean of the two
+// neighbouring segment slopes weighted in double by the change of slope beyond each,
+// narrowed once to float (the plain float mean when both outer pairs are equal). Evaluates
+// no curve. Allocates three work arrays of about n floats. On every failure slopes is
+// untouched: QAL_ERR_PARAMETER (a null array), QAL_ERR_TOO_FEW_POINTS (n < 3, nothing
+// allocated or read), QAL_ERR_MEMORY (a work array not allocated; tested before the
+// order), QAL_ERR_ORDER (an x[i+1] below x[i], or a NaN abscissa; equal ones pass).
+QAL_API int QAL_AkimaSub(const float* x, const float* y, float* slopes, int n);
+
 // ---- Curve analysis: extremum search ---------------------------------------------------
 // Judges the run x, y[0..n-1] for one maximum or minimum: parabola through the means of
 // its three thirds, vertex by Newton steps, accepted by the sign test and by the middle
