@@ -130,6 +130,39 @@ QAL_API int QAL_LinearRegression(const double* x, const double* y, int n, double
 // No tests: n <= 1 gives NaN in both outputs. Always returns QAL_OK (0).
 QAL_API int QAL_LinearRegressionFloat(const float* x, const float* y, int n, float* intercept, float* slope);
 
+// ---- Interpolation: polynomial and rational --------------------------------------------
+// Both evaluate at xValue the function through the n points (x[i], y[i]), whose abscissae
+// need no order, by a tableau in double started at the nearest point (of equally near ones
+// the first; a NaN xValue starts at point 0), and extrapolate without a status.
+// *errorEstimate receives the last correction added to *yOut: a measure of the last
+// column's change, not an error bound; it is not written when n = 1 (except by the
+// rational routine's hit below). A vanishing divisor never fails the call: 1e15 stands in
+// and the result comes out very large with QAL_OK. QAL_ERR_PARAMETER (null pointer, n < 1
+// or n > 10000) and QAL_ERR_MEMORY (the two work arrays of n doubles) leave both outputs
+// untouched.
+
+// Neville's polynomial of degree n-1. Abscissae less than 1e-25 apart give the quotient
+// 1e15 in place of a division.
+QAL_API int QAL_PolynomialInterpolation(const double* x, const double* y, int n, double xValue, double* yOut,
+                                        double* errorEstimate);
+// The diagonal rational function by the Bulirsch-Stoer recurrence. The first point in
+// index order closer than 1e-25 to xValue (strictly) gives its y and an estimate of 0.0,
+// with no tableau. A pole (a zero denominator in the tableau) puts 1e15 in both entries.
+QAL_API int QAL_RationialInterpolation(const double* x, const double* y, int n, double xValue, double* yOut,
+                                       double* errorEstimate);
+
+// ---- Interpolation: Akima slopes -------------------------------------------------------
+// The Akima slope at every point of the float curve x, y[0..n-1] into slopes[0..n-1]: two
+// points extrapolated beyond each end, segment slopes in float (a segment of zero or NaN
+// width has the slope 1000.0, any other width divides), then per point the mean of the two
+// neighbouring segment slopes weighted in double by the change of slope beyond each,
+// narrowed once to float (the plain float mean when both outer pairs are equal). Evaluates
+// no curve. Allocates three work arrays of about n floats. On every failure slopes is
+// untouched: QAL_ERR_PARAMETER (a null array), QAL_ERR_TOO_FEW_POINTS (n < 3, nothing
+// allocated or read), QAL_ERR_MEMORY (a work array not allocated; tested before the
+// order), QAL_ERR_ORDER (an x[i+1] below x[i], or a NaN abscissa; equal ones pass).
+QAL_API int QAL_AkimaSub(const float* x, const float* y, float* slopes, int n);
+
 // ---- Curve analysis: extremum search ---------------------------------------------------
 // Judges the run x, y[0..n-1] for one maximum or minimum: parabola through the means of
 // its three thirds, vertex by Newton steps, accepted by the sign test and by the middle
