@@ -130,6 +130,21 @@ QAL_API int QAL_LinearRegression(const double* x, const double* y, int n, double
 // No tests: n <= 1 gives NaN in both outputs. Always returns QAL_OK (0).
 QAL_API int QAL_LinearRegressionFloat(const float* x, const float* y, int n, float* intercept, float* slope);
 
+// ---- Smoothing: curvature --------------------------------------------------------------
+// Both always return QAL_OK, allocate nothing and test no pointer. A zero step in x
+// leaves an infinity or NaN in the elements that divide by it.
+
+// Differences in float: firstDerivative from y, then secondDerivative from
+// firstDerivative, one-sided at both ends and central over two steps inside (the second
+// derivative itself, no curvature formula). n < 2 writes nothing.
+QAL_API int QAL_Kruemmung(const float* x, const float* y, float* firstDerivative, float* secondDerivative, int n);
+// result[i] = slope of a chord of chordWidth samples right of i minus that of one left of
+// i, the inner chord ends gapWidth / 2 (toward zero) from i; the chords shrink to the
+// last two or the first two samples at the ends. Differences in float, slopes and their
+// difference in double, narrowed once. chordWidth 0 gives NaN. Writes nothing for n < 2,
+// gapWidth below -1 or chordWidth below 0.
+QAL_API int QAL_Kruemmung2(const float* x, const float* y, float* result, int n, int gapWidth, int chordWidth);
+
 // ---- Curve analysis: extremum search ---------------------------------------------------
 // Judges the run x, y[0..n-1] for one maximum or minimum: parabola through the means of
 // its three thirds, vertex by Newton steps, accepted by the sign test and by the middle
