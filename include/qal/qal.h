@@ -130,6 +130,19 @@ QAL_API int QAL_LinearRegression(const double* x, const double* y, int n, double
 // No tests: n <= 1 gives NaN in both outputs. Always returns QAL_OK (0).
 QAL_API int QAL_LinearRegressionFloat(const float* x, const float* y, int n, float* intercept, float* slope);
 
+// ---- Smoothing: derivatives at a point -------------------------------------------------
+// Derivative of the caller's function at xValue by Ridders' method: central differences
+// (the upper point evaluated first) at `step`, then step / 1.4 nine times, extrapolated
+// to step zero in a 10 x 10 tableau, all in double. Returns the tableau entry with the
+// smallest error figure (of equal ones the later) and writes that figure to
+// *errorEstimate; stops after a column whose last extrapolation moves 2 x that figure.
+// Calls func at most 20 times, allocates the tableau for the call. Tests neither func nor
+// errorEstimate. *errorEstimate = 1e15 first; then 1e25 for a step below 1e-25 (func not
+// called) or when the tableau cannot be allocated; 0.0 with 1e15 when no entry has a
+// comparable error figure (func gives NaN).
+QAL_API double QAL_FirstDerivativeRidder(double (*func)(double), double xValue, double step,
+                                         double* errorEstimate);
+
 // ---- Smoothing: curvature --------------------------------------------------------------
 // Both always return QAL_OK, allocate nothing and test no pointer. A zero step in x
 // leaves an infinity or NaN in the elements that divide by it.
