@@ -232,4 +232,16 @@ QAL_API int QAL_Calc_AbsMaximum(const double* x, const double* y, int n, double*
 // Lowest sample of the whole curve; as QAL_Calc_AbsMaximum otherwise.
 QAL_API int QAL_Calc_AbsMinimum(const double* x, const double* y, int n, double* xOut, double* yOut);
 
+// ---- Curve analysis: boundary curves ---------------------------------------------------
+// upper and lower around base, in float, each by its own mode: 1 value * spread[i] added
+// to (upper) or taken from (lower) base[i]; 2 base[i] times (value / 100 + 1) or
+// (1 - value / 100); 3 value added to or taken from base[i]. spread may be null unless a
+// mode 1 needs it. QAL_ERR_PARAMETER (null base, lower or upper, or n < 1: nothing
+// written). A refused mode (not 1, 2 or 3, or 1 with a null spread) gives
+// QAL_ERR_PARAMETER and leaves its array untouched, but the other array is still
+// written: the status does not tell which. The upper pass runs first, so an upper that
+// is also base or spread feeds the lower pass.
+QAL_API int QAL_CalcBoundaries(const float* base, const float* spread, float* lower, float* upper, int n,
+                               int upperMode, float upperValue, int lowerMode, float lowerValue);
+
 #endif  // QAL_QAL_H
