@@ -5,6 +5,8 @@
 // Counts, indices and options are signed 32-bit ints; a negative count is too small.
 // Results are exact to the bit: each routine fixes the precision and the order of its
 // operations, and the sense of each comparison (which decides equality and NaN).
+// Any number of threads may call the library on separate arrays, except QAL_Trapez,
+// which keeps module-wide state: it must not be called from two threads at once.
 #ifndef QAL_QAL_H
 #define QAL_QAL_H
 
@@ -243,5 +245,23 @@ QAL_API int QAL_Calc_AbsMinimum(const double* x, const double* y, int n, double*
 // is also base or spread feeds the lower pass.
 QAL_API int QAL_CalcBoundaries(const float* base, const float* spread, float* lower, float* upper, int n,
                                int upperMode, float upperValue, int lowerMode, float lowerValue);
+
+// ---- Curve analysis: integration and root finding --------------------------------------
+// The caller's function gets one double and gives one; no context pointer passes.
+
+// One stage of the extended trapezoidal rule on [lowerLimit, upperLimit]: call it with
+// stage 1, 2, 3, ... and the same function and limits until successive results agree.
+// Stage k evaluates only its 2^(k-2) new midpoints and averages them into the estimate
+// of stage k-1. That running estimate is ONE value for the whole module: QAL_Trapez is
+// not safe to call from two threads at once, and two interleaved integrations spoil each
+// other. 35.0 (QAL_ERR_PARAMETER as a value) for a null function or stage < 1, the
+// estimate unchanged; from stage 33 on the last estimate, the function not called.
+QAL_API double QAL_Trapez(double (*function)(double), double lowerLimit, double upperLimit, int stage);
+// A root in [x1, x2] by bisection: starts at the end where f is negative and halves the
+// step toward the other end on each of at most 40 passes; returns the last point with
+// f <= 0 once accuracy > |step| or f is exactly 0 at a middle. 35.0 for a null function;
+// 1e25 when f(x1) * f(x2) is not negative (an end exactly on a root too) or after 40
+// passes. A NaN from f counts as positive.
+QAL_API double QAL_RootBisection(double (*function)(double), double x1, double x2, double accuracy);
 
 #endif  // QAL_QAL_H
