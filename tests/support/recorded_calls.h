@@ -1,5 +1,5 @@
-// A caller's function for the routines that take a plain function pointer (no context):
-// it records every abscissa it is called with, in call order, and answers with F.
+// A caller's function for the routines that take a plain function pointer (no context): it
+// records every abscissa it is called with, in call order, on this thread, and answers with F.
 #ifndef QAL_TESTS_SUPPORT_RECORDED_CALLS_H
 #define QAL_TESTS_SUPPORT_RECORDED_CALLS_H
 
@@ -7,7 +7,6 @@
 
 namespace qal::test {
 
-// The abscissae of all calls since the last clear(), on this thread.
 inline std::vector<double>& RecordedCalls() {
     thread_local std::vector<double> calls;
     return calls;
