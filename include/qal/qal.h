@@ -5,6 +5,8 @@
 // Counts, indices and options are signed 32-bit ints; a negative count is too small.
 // Results are exact to the bit: each routine fixes the precision and the order of its
 // operations, and the sense of each comparison (which decides equality and NaN).
+// Any number of threads may call the library on separate arrays, except QAL_Trapez,
+// which keeps module-wide state: it must not be called from two threads at once.
 #ifndef QAL_QAL_H
 #define QAL_QAL_H
 
@@ -163,6 +165,34 @@ QAL_API int QAL_RationialInterpolation(const double* x, const double* y, int n, 
 // order), QAL_ERR_ORDER (an x[i+1] below x[i], or a NaN abscissa; equal ones pass).
 QAL_API int QAL_AkimaSub(const float* x, const float* y, float* slopes, int n);
 
+// ---- Smoothing: derivatives at a point -------------------------------------------------
+// Derivative of the caller's function at xValue by Ridders' method: central differences
+// (the upper point evaluated first) at `step`, then step / 1.4 nine times, extrapolated
+// to step zero in a 10 x 10 tableau, all in double. Returns the tableau entry with the
+// smallest error figure (of equal ones the later) and writes that figure to
+// *errorEstimate; stops after a column whose last extrapolation moves 2 x that figure.
+// Calls func at most 20 times, allocates the tableau for the call. Tests neither func nor
+// errorEstimate. *errorEstimate = 1e15 first; then 1e25 for a step below 1e-25 (func not
+// called) or when the tableau cannot be allocated; 0.0 with 1e15 when no entry has a
+// comparable error figure (func gives NaN).
+QAL_API double QAL_FirstDerivativeRidder(double (*func)(double), double xValue, double step,
+                                         double* errorEstimate);
+
+// ---- Smoothing: curvature --------------------------------------------------------------
+// Both always return QAL_OK, allocate nothing and test no pointer. A zero step in x
+// leaves an infinity or NaN in the elements that divide by it.
+
+// Differences in float: firstDerivative from y, then secondDerivative from
+// firstDerivative, one-sided at both ends and central over two steps inside (the second
+// derivative itself, no curvature formula). n < 2 writes nothing.
+QAL_API int QAL_Kruemmung(const float* x, const float* y, float* firstDerivative, float* secondDerivative, int n);
+// result[i] = slope of a chord of chordWidth samples right of i minus that of one left of
+// i, the inner chord ends gapWidth / 2 (toward zero) from i; the chords shrink to the
+// last two or the first two samples at the ends. Differences in float, slopes and their
+// difference in double, narrowed once. chordWidth 0 gives NaN. Writes nothing for n < 2,
+// gapWidth below -1 or chordWidth below 0.
+QAL_API int QAL_Kruemmung2(const float* x, const float* y, float* result, int n, int gapWidth, int chordWidth);
+
 // ---- Curve analysis: extremum search ---------------------------------------------------
 // Judges the run x, y[0..n-1] for one maximum or minimum: parabola through the means of
 // its three thirds, vertex by Newton steps, accepted by the sign test and by the middle
@@ -236,5 +266,35 @@ QAL_API int QAL_Find_LastPoint(const double* x, const double* y, int n, int rese
 QAL_API int QAL_Calc_AbsMaximum(const double* x, const double* y, int n, double* xOut, double* yOut);
 // Lowest sample of the whole curve; as QAL_Calc_AbsMaximum otherwise.
 QAL_API int QAL_Calc_AbsMinimum(const double* x, const double* y, int n, double* xOut, double* yOut);
+
+// ---- Curve analysis: boundary curves ---------------------------------------------------
+// upper and lower around base, in float, each by its own mode: 1 value * spread[i] added
+// to (upper) or taken from (lower) base[i]; 2 base[i] times (value / 100 + 1) or
+// (1 - value / 100); 3 value added to or taken from base[i]. spread may be null unless a
+// mode 1 needs it. QAL_ERR_PARAMETER (null base, lower or upper, or n < 1: nothing
+// written). A refused mode (not 1, 2 or 3, or 1 with a null spread) gives
+// QAL_ERR_PARAMETER and leaves its array untouched, but the other array is still
+// written: the status does not tell which. The upper pass runs first, so an upper that
+// is also base or spread feeds the lower pass.
+QAL_API int QAL_CalcBoundaries(const float* base, const float* spread, float* lower, float* upper, int n,
+                               int upperMode, float upperValue, int lowerMode, float lowerValue);
+
+// ---- Curve analysis: integration and root finding --------------------------------------
+// The caller's function gets one double and gives one; no context pointer passes.
+
+// One stage of the extended trapezoidal rule on [lowerLimit, upperLimit]: call it with
+// stage 1, 2, 3, ... and the same function and limits until successive results agree.
+// Stage k evaluates only its 2^(k-2) new midpoints and averages them into the estimate
+// of stage k-1. That running estimate is ONE value for the whole module: QAL_Trapez is
+// not safe to call from two threads at once, and two interleaved integrations spoil each
+// other. 35.0 (QAL_ERR_PARAMETER as a value) for a null function or stage < 1, the
+// estimate unchanged; from stage 33 on the last estimate, the function not called.
+QAL_API double QAL_Trapez(double (*function)(double), double lowerLimit, double upperLimit, int stage);
+// A root in [x1, x2] by bisection: starts at the end where f is negative and halves the
+// step toward the other end on each of at most 40 passes; returns the last point with
+// f <= 0 once accuracy > |step| or f is exactly 0 at a middle. 35.0 for a null function;
+// 1e25 when f(x1) * f(x2) is not negative (an end exactly on a root too) or after 40
+// passes. A NaN from f counts as positive.
+QAL_API double QAL_RootBisection(double (*function)(double), double x1, double x2, double accuracy);
 
 #endif  // QAL_QAL_H
