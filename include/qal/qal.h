@@ -31,6 +31,34 @@ inline constexpr int QAL_EXTREMUM_MIN = 21;  // parabola through the means opens
 // Kept for hosts that call it after loading the module; it has no effect on this platform.
 QAL_API void InitQalLibExtDLL();
 
+// ---- Frame: raw matrices and precision conversion --------------------------------------
+// A raw matrix is a table of `rows` row pointers over one block of rows * cols doubles,
+// row after row: element (i, j) is matrix[i][j], matrix[0] is the block. It does not know
+// its size; callers carry rows and cols along. Elements are not initialised.
+
+// A new rows x cols matrix, or null with nothing allocated when either dimension is below
+// 1, when rows * cols exceeds INT_MAX (never a block smaller than the dimensions), or when
+// the table or the block cannot be allocated (a failed block releases the table first).
+QAL_API double** QAL_NewMatrix(int rows, int cols);
+// Releases a matrix from QAL_NewMatrix (block, then table); null is accepted. rows and
+// cols are not used.
+QAL_API void QAL_DeleteMatrix(double** matrix, int rows, int cols);
+// Exchanges *a and *b. No test.
+QAL_API void QAL_Mt_Swap(double* a, double* b);
+// Copies source[0..n-1], widened exactly, into a new double array stored in *target.
+// QAL_ERR_MEMORY (not QAL_ERR_PARAMETER) for a null pointer or n < 1, *target untouched;
+// QAL_ERR_MEMORY with *target null when the array cannot be allocated. The array belongs
+// to the caller: QAL_D2F releases it.
+QAL_API int QAL_F2D(const float* source, int n, double** target);
+// Narrows (*source)[0..n-1] to the nearest floats into target (beyond the float range an
+// infinity, no clamp), then releases *source; *source keeps its old value and must not be
+// used again. QAL_ERR_MEMORY for a null target or source, n < 1, or a null *source:
+// nothing written or released.
+QAL_API int QAL_D2F(float* target, int n, double** source);
+// The lowest bit of value decides: even when it is 0, odd when it is 1 (-3 is odd).
+QAL_API bool QAL_IsEven(int value);
+QAL_API bool QAL_IsOdd(int value);
+
 // ---- Guarded arithmetic: scalar functions ----------------------------------------------
 // The standard functions with their domain errors and overflows replaced by fixed
 // substitutes. None fails; a NaN argument reaches the standard function unless a line
