@@ -119,6 +119,30 @@ QAL_API int QAL_FindAbsValues(double value, const double* x, const double* y, in
 // the worst case; no allocation.
 QAL_API int QAL_SortStraightInsert(float* keys, float* second, int* third, int n, int reserved);
 
+// ---- Solvers: LU decomposition -------------------------------------------------------
+// `a` is a raw matrix (or any table of n row pointers); only its elements are touched, and
+// an exchange of rows exchanges their contents.
+
+// Replaces a[0..n-1][0..n-1] by the LU factors of its row-permuted self (Crout, implicit
+// row scaling, partial pivoting; U on and above the diagonal, L below with its unit
+// diagonal not stored). pivots[j] is the row exchanged with row j at step j (j where none),
+// a record to replay in ascending j, not a permutation. *sign is +-1.0, negated at each
+// exchange. Of equal scaled pivot candidates the later row wins; a NaN one is never taken
+// (an all-NaN column keeps the previous column's pivot row, even one above j). A zero
+// pivot becomes 1e-25 and the call goes on with QAL_OK. QAL_ERR_PARAMETER (null pivots or
+// sign), QAL_ERR_MEMORY (no memory for the n scale factors, a negative n too): nothing
+// written. QAL_ERR_SINGULAR when a row holds no element that is neither zero nor NaN: a
+// and pivots untouched, *sign = 1.0. n = 0: QAL_OK with *sign = 1.0. Allocates n doubles
+// for the call.
+QAL_API int QAL_LUDecomposition(double** a, int n, int* pivots, double* sign);
+// Solves the decomposed system for the right-hand side b[0..n-1], in place: forward
+// substitution replaying the exchanges (leading zeros of the permuted b cost nothing),
+// then back substitution. A diagonal element equal to 0.0 gives 1e15 in that b[i]
+// whatever the sum (never after QAL_LUDecomposition, which leaves none). No test:
+// always QAL_OK, nothing done for n <= 0. a and pivots are not changed, so any number of
+// right-hand sides may follow one decomposition.
+QAL_API int QAL_LUSolveEqua(const double* const* a, int n, const int* pivots, double* b);
+
 // ---- Lines: line fits and evaluation ---------------------------------------------------
 // A line is (intercept, slope): y = intercept + slope * x. Nothing here allocates.
 // Two-pass least-squares fit about the mean abscissa, in double. No tests at all: n = 1
