@@ -98,6 +98,28 @@ QAL_API int QAL_CalcLog(float** target, const float* source, int n, short mode);
 // Releases an array that QAL_CalcLog handed out; null is accepted.
 QAL_API void QAL_ReleaseArray(float* array);
 
+// ---- Guarded arithmetic: array statistics ---------------------------------------------
+// Sums run in index order from 0.0 in a double accumulator. None allocates.
+
+// Sum of values[0..n-1]; 0.0 for a null array or n outside 0 .. 9999 (9999 is summed,
+// 10000 is not). The float overload adds each element widened to double, so it returns
+// the double sum, not the float one.
+QAL_API double QAL_SumOf(const double* values, int n);
+QAL_API double QAL_SumOf(const float* values, int n);
+// Mean of values[0..n-1] (sum / n) and, when spread is not null, the sample standard
+// deviation about it: QAL_sqrt(sum of squared deviations / (n - 1)), so of float
+// precision; for n = 1 the squared deviation, 0.0 (NaN for an infinite or NaN element).
+// QAL_ERR_PARAMETER for null values or mean, or n < 1: nothing written.
+QAL_API int QAL_Mean(const double* values, int n, double* mean, double* spread);
+// Sum of squared deviations about the mean by one pass: squares - sum * sum / n. May come
+// out slightly negative through cancellation. 0.0 for a null array or n < 1; no upper
+// limit on n.
+QAL_API double QAL_SumSquareResiduen(const double* values, int n);
+// Divides each of values[0..n-1] by their QAL_SumOf sum (one division per element).
+// QAL_ERR_ZERO_DIVISION, array untouched, when that sum is exactly 0.0: so also for a
+// null array and n outside 1 .. 9999. A tiny or NaN sum is divided by.
+QAL_API int QAL_Normalize(double* values, int n);
+
 // ---- Guarded arithmetic: ordered search and sort ---------------------------------------
 // Position of `value` in the monotonic x[0..n-1] (ascending exactly when x[n-1] > x[0];
 // equal ends count as descending) by a bisection that moves both bounds past the middle,
