@@ -204,6 +204,63 @@ QAL_API int QAL_LinearRegression(const double* x, const double* y, int n, double
 // No tests: n <= 1 gives NaN in both outputs. Always returns QAL_OK (0).
 QAL_API int QAL_LinearRegressionFloat(const float* x, const float* y, int n, float* intercept, float* slope);
 
+// ---- Smoothing: Savitzky-Golay coefficients and filtering ------------------------------
+// Samples count as equally spaced: the filters see indices, never abscissae. A filter of
+// `width` taps weights the sample itself with coef[half], half = (width - 1) / 2, and the
+// sample j places to the left (right) with coef[half - j] (coef[half + j]).
+
+// Filter kinds (the `kind` argument; not status codes). Any other positive kind filters as
+// QAL_FILTER_AVERAGE and ignores `degree`; zero and negative kinds are refused.
+inline constexpr int QAL_FILTER_AVERAGE = 10;         // all weights equal
+inline constexpr int QAL_FILTER_TRIANGLE = 11;        // 1, 2, ... up to the centre, down again
+inline constexpr int QAL_FILTER_SAVITZKY_GOLAY = 20;  // least squares, `degree` 2, 4 or 6
+
+// Least-squares convolution coefficients for the samples at offsets -leftCount..rightCount,
+// in ascending order of offset, in coef[0..leftCount + rightCount]; the rest of
+// coef[0..coefCount-1] is set to 0.0. Summed against those samples they give the
+// coefficient of offset^derivOrder in the polynomial of degree polyOrder fitted to them:
+// derivOrder 0 smooths, 1 gives the slope per sample step, d the d-th derivative over d!.
+// Not normalised. The moment sums go through QAL_pow, so with polyOrder 6 every offset of
+// 122 or more enters the sum of twelfth powers as 1e25, and the set differs from the exact
+// one without a status (kind 20 from width 245 on). QAL_ERR_PARAMETER for coefCount below
+// leftCount + rightCount + 1, a negative leftCount or rightCount, derivOrder > polyOrder,
+// leftCount + rightCount < polyOrder, a null coef, and also (nothing else would keep
+// derivOrder inside the solution) a negative polyOrder or derivOrder; QAL_ERR_MEMORY when
+// a work array or the matrix cannot be had; QAL_ERR_SINGULAR from QAL_LUDecomposition.
+// coef is untouched on every failure. Work memory: polyOrder + 1 ints and doubles and a
+// raw matrix of that order, released before the return.
+QAL_API int QAL_SavitzkyGolayCoeffizient(double* coef, int coefCount, int leftCount, int rightCount,
+                                         int derivOrder, int polyOrder);
+// Weights of a filter of `width` taps (kinds above), scaled by QAL_Normalize to a sum of 1.
+// Kind 11 sets coef[i] and then coef[width-1-i] to i + 1 for i = 0..width/2, so an even
+// width overwrites the middle pair (width 4: 1, 3, 3, 1); kind 20 asks
+// QAL_SavitzkyGolayCoeffizient for half samples on each side (an even width keeps a last
+// 0.0) and returns its failure at once, unnormalised. QAL_ERR_MEMORY, not
+// QAL_ERR_PARAMETER, for a null coef or width < 3; QAL_ERR_PARAMETER for kind <= 0, for a
+// degree other than 2, 4, 6 at kind 20, and there for a degree above 2 * half;
+// QAL_ERR_ZERO_DIVISION with the weights filled but unscaled when they sum to exactly 0.0
+// or width exceeds 9999. coef is untouched on the argument failures.
+QAL_API int QAL_SetFilterCoefficients(double* coef, int kind, int width, int degree);
+// Moving filter of in[0..n-1] into out[first..last]; first and last are first clamped into
+// 0..n-1, and the rest of out stays. Per sample, in double: in[i] * coef[half], then for
+// j = 1..half the left tap, then the right tap, each product added in turn; a tap beyond
+// the data adds its weight to a missing weight instead, and unless that is exactly 0.0 or
+// 1.0 the sum is divided by 1 - missing. So a constant curve stays constant up to both
+// ends; nothing is mirrored or padded, and width may exceed n. in == out is allowed: each
+// result is stored before the next sample is read, so the left taps read filtered values
+// and the result differs from that of two arrays. In this order: QAL_ERR_MEMORY (null in
+// or out), QAL_ERR_TOO_FEW_POINTS (n < 2), QAL_ERR_PARAMETER (last < first after
+// clamping, width outside 3..299, even width), QAL_ERR_MEMORY (no memory for the weights),
+// then the failure of QAL_SetFilterCoefficients; out is untouched on every failure.
+// Allocates `width` doubles per call.
+QAL_API int QAL_FilterArray(const double* in, double* out, int n, int first, int last, int kind, int width,
+                            int degree);
+// QAL_FilterArray on float samples, with widths 3..99: each sample is widened to double,
+// the weighted sum and the renormalisation are formed exactly as there, and the result is
+// rounded to float once, when it is stored.
+QAL_API int QAL_FilterFloatArray(const float* in, float* out, int n, int first, int last, int kind, int width,
+                                 int degree);
+
 // ---- Curve analysis: extremum search ---------------------------------------------------
 // Judges the run x, y[0..n-1] for one maximum or minimum: parabola through the means of
 // its three thirds, vertex by Newton steps, accepted by the sign test and by the middle
