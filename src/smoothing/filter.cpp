@@ -20,6 +20,11 @@ int clampedIndex(int index, int n) noexcept {
 // Both filters: the argument tests in their order, one allocation for the weights, then
 // the samples first..last in ascending order, each stored before the next one is formed
 // (which is what lets in == out read filtered values on the left).
+// Boundary rules of the range:
+//   first or last below 0          taken as 0
+//   first or last above n - 1      taken as n - 1 (so first = 100, last = 200, n = 10
+//                                  filters sample 9 alone)
+//   last < first after that        QAL_ERR_PARAMETER
 template <class T>
 int filterArray(const T* in, T* out, int n, int first, int last, int kind, int width, int degree,
                 int maxWidth) noexcept {
@@ -50,7 +55,7 @@ int QAL_SetFilterCoefficients(double* coef, int kind, int width, int degree) {
     if (kind == QAL_FILTER_SAVITZKY_GOLAY) {
         if (degree != 2 && degree != 4 && degree != 6) return QAL_ERR_PARAMETER;
         const int half = (width - 1) / 2;
-        // Refuses a degree above 2 * half itself; its failure is passed on unnormalised.
+        // A degree above 2 * half is refused in there; any failure passes on unnormalised.
         const int status = QAL_SavitzkyGolayCoeffizient(coef, width, half, half, 0, degree);
         if (status != QAL_OK) return status;
     } else if (kind == QAL_FILTER_TRIANGLE) {
