@@ -58,6 +58,7 @@ int QAL_SavitzkyGolayCoeffizient(double* coef, int coefCount, int leftCount, int
     if (!solution) return QAL_ERR_MEMORY;
 
     double** const a = moments.get();
+    // 2 * polyOrder stays far inside int: a matrix of order above 46340 is never allocated.
     for (int p = 0; p <= 2 * polyOrder; ++p) {
         const double sum = momentSum(p, leftCount, rightCount);
         const int rowFrom = p > polyOrder ? p - polyOrder : 0;
