@@ -108,7 +108,7 @@ QAL_API double QAL_SumOf(const double* values, int n);
 QAL_API double QAL_SumOf(const float* values, int n);
 // Mean of values[0..n-1] (sum / n) and, when spread is not null, the sample standard
 // deviation about it: QAL_sqrt(sum of squared deviations / (n - 1)), so of float
-// precision; for n = 1 the squared deviation, 0.0 (NaN for an infinite or NaN element).
+// precision; 0.0 for n = 1 (NaN for an infinite or NaN element).
 // QAL_ERR_PARAMETER for null values or mean, or n < 1: nothing written.
 QAL_API int QAL_Mean(const double* values, int n, double* mean, double* spread);
 // Sum of squared deviations about the mean by one pass: squares - sum * sum / n. May come
@@ -153,8 +153,8 @@ QAL_API int QAL_SortStraightInsert(float* keys, float* second, int* third, int n
 // (an all-NaN column keeps the previous column's pivot row, even one above j). A zero
 // pivot becomes 1e-25 and the call goes on with QAL_OK. QAL_ERR_PARAMETER (null pivots or
 // sign), QAL_ERR_MEMORY (no memory for the n scale factors, a negative n too): nothing
-// written. QAL_ERR_SINGULAR when a row holds no element that is neither zero nor NaN: a
-// and pivots untouched, *sign = 1.0. n = 0: QAL_OK with *sign = 1.0. Allocates n doubles
+// written. QAL_ERR_SINGULAR when a row holds only zeros and NaNs: a and pivots
+// untouched, *sign = 1.0. n = 0: QAL_OK with *sign = 1.0. Allocates n doubles
 // for the call.
 QAL_API int QAL_LUDecomposition(double** a, int n, int* pivots, double* sign);
 // Solves the decomposed system for the right-hand side b[0..n-1], in place: forward
