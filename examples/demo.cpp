@@ -91,6 +91,50 @@ void levelCrossings(const Curve& c) {
     report("first reaches half the maximum, from the right", s, x, y);
 }
 
+// One search on a curve, as the drivers and the whole-curve extremes above run it.
+struct Search {
+    const char* what;
+    int (*run)(const Curve&, double*, double*);
+};
+
+std::string found(int status, double x, double y) {
+    char text[64];
+    if (status == QAL_OK) {
+        std::snprintf(text, sizeof text, "x = %8.3f  y = %7.3f", x, y);
+    } else {
+        std::snprintf(text, sizeof text, "%s", statusName(status));
+    }
+    return text;
+}
+
+// The extrema of the raw curve beside those of its Savitzky-Golay smoothing.
+void smoothedExtrema(const Curve& c) {
+    const int width = 21, degree = 2;
+    Curve smooth{c.x, std::vector<double>(c.y.size())};
+    const int s = QAL_FilterArray(c.y.data(), smooth.y.data(), c.size(), 0, c.size() - 1,
+                                  QAL_FILTER_SAVITZKY_GOLAY, width, degree);
+    std::printf("\nSavitzky-Golay smoothing, width %d, degree %d: %s\n", width, degree, statusName(s));
+    if (s != QAL_OK) return;
+    const Search searches[] = {
+        {"highest sample", [](const Curve& k, double* x, double* y) {
+             return QAL_Calc_AbsMaximum(k.x.data(), k.y.data(), k.size(), x, y); }},
+        {"lowest sample", [](const Curve& k, double* x, double* y) {
+             return QAL_Calc_AbsMinimum(k.x.data(), k.y.data(), k.size(), x, y); }},
+        {"highest maximum, window 30", [](const Curve& k, double* x, double* y) {
+             return QAL_GetRangeExtremum(k.x.data(), k.y.data(), k.size(), x, y, 30, QAL_EXTREMUM_MAX, 1, 5.0f); }},
+        {"lowest minimum, window 30", [](const Curve& k, double* x, double* y) {
+             return QAL_GetRangeExtremum(k.x.data(), k.y.data(), k.size(), x, y, 30, QAL_EXTREMUM_MIN, 1, 5.0f); }},
+    };
+    std::printf("  %-28s %-26s %s\n", "", "raw", "smoothed");
+    for (const Search& search : searches) {
+        double x = 0.0, y = 0.0;
+        int status = search.run(c, &x, &y);  // run before the outputs are read
+        const std::string raw = found(status, x, y);
+        status = search.run(smooth, &x, &y);
+        std::printf("  %-28s %-26s %s\n", search.what, raw.c_str(), found(status, x, y).c_str());
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -103,5 +147,6 @@ int main(int argc, char** argv) {
     std::printf("%d samples from %s\n\n", curve.size(), path);
     extremumDrivers(curve);
     levelCrossings(curve);
+    smoothedExtrema(curve);
     return 0;
 }

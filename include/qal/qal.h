@@ -33,6 +33,34 @@ inline constexpr int QAL_EXTREMUM_MIN = 21;  // parabola through the means opens
 // Kept for hosts that call it after loading the module; it has no effect on this platform.
 QAL_API void InitQalLibExtDLL();
 
+// ---- Frame: raw matrices and precision conversion --------------------------------------
+// A raw matrix is a table of `rows` row pointers over one block of rows * cols doubles,
+// row after row: element (i, j) is matrix[i][j], matrix[0] is the block. It does not know
+// its size; callers carry rows and cols along. Elements are not initialised.
+
+// A new rows x cols matrix, or null with nothing allocated when either dimension is below
+// 1, when rows * cols exceeds INT_MAX (never a block smaller than the dimensions), or when
+// the table or the block cannot be allocated (a failed block releases the table first).
+QAL_API double** QAL_NewMatrix(int rows, int cols);
+// Releases a matrix from QAL_NewMatrix (block, then table); null is accepted. rows and
+// cols are not used.
+QAL_API void QAL_DeleteMatrix(double** matrix, int rows, int cols);
+// Exchanges *a and *b. No test.
+QAL_API void QAL_Mt_Swap(double* a, double* b);
+// Copies source[0..n-1], widened exactly, into a new double array stored in *target.
+// QAL_ERR_MEMORY (not QAL_ERR_PARAMETER) for a null pointer or n < 1, *target untouched;
+// QAL_ERR_MEMORY with *target null when the array cannot be allocated. The array belongs
+// to the caller: QAL_D2F releases it.
+QAL_API int QAL_F2D(const float* source, int n, double** target);
+// Narrows (*source)[0..n-1] to the nearest floats into target (beyond the float range an
+// infinity, no clamp), then releases *source; *source keeps its old value and must not be
+// used again. QAL_ERR_MEMORY for a null target or source, n < 1, or a null *source:
+// nothing written or released.
+QAL_API int QAL_D2F(float* target, int n, double** source);
+// The lowest bit of value decides: even when it is 0, odd when it is 1 (-3 is odd).
+QAL_API bool QAL_IsEven(int value);
+QAL_API bool QAL_IsOdd(int value);
+
 // ---- Guarded arithmetic: scalar functions ----------------------------------------------
 // The standard functions with their domain errors and overflows replaced by fixed
 // substitutes. None fails; a NaN argument reaches the standard function unless a line
@@ -72,6 +100,28 @@ QAL_API int QAL_CalcLog(float** target, const float* source, int n, short mode);
 // Releases an array that QAL_CalcLog handed out; null is accepted.
 QAL_API void QAL_ReleaseArray(float* array);
 
+// ---- Guarded arithmetic: array statistics ---------------------------------------------
+// Sums run in index order from 0.0 in a double accumulator. None allocates.
+
+// Sum of values[0..n-1]; 0.0 for a null array or n outside 0 .. 9999 (9999 is summed,
+// 10000 is not). The float overload adds each element widened to double, so it returns
+// the double sum, not the float one.
+QAL_API double QAL_SumOf(const double* values, int n);
+QAL_API double QAL_SumOf(const float* values, int n);
+// Mean of values[0..n-1] (sum / n) and, when spread is not null, the sample standard
+// deviation about it: QAL_sqrt(sum of squared deviations / (n - 1)), so of float
+// precision; 0.0 for n = 1 (NaN for an infinite or NaN element).
+// QAL_ERR_PARAMETER for null values or mean, or n < 1: nothing written.
+QAL_API int QAL_Mean(const double* values, int n, double* mean, double* spread);
+// Sum of squared deviations about the mean by one pass: squares - sum * sum / n. May come
+// out slightly negative through cancellation. 0.0 for a null array or n < 1; no upper
+// limit on n.
+QAL_API double QAL_SumSquareResiduen(const double* values, int n);
+// Divides each of values[0..n-1] by their QAL_SumOf sum (one division per element).
+// QAL_ERR_ZERO_DIVISION, array untouched, when that sum is exactly 0.0: so also for a
+// null array and n outside 1 .. 9999. A tiny or NaN sum is divided by.
+QAL_API int QAL_Normalize(double* values, int n);
+
 // ---- Guarded arithmetic: ordered search and sort ---------------------------------------
 // Position of `value` in the monotonic x[0..n-1] (ascending exactly when x[n-1] > x[0];
 // equal ends count as descending) by a bisection that moves both bounds past the middle,
@@ -92,6 +142,30 @@ QAL_API int QAL_FindAbsValues(double value, const double* x, const double* y, in
 // is ignored. QAL_ERR_MEMORY, not QAL_ERR_PARAMETER, for null keys or n < 1. Quadratic in
 // the worst case; no allocation.
 QAL_API int QAL_SortStraightInsert(float* keys, float* second, int* third, int n, int reserved);
+
+// ---- Solvers: LU decomposition -------------------------------------------------------
+// `a` is a raw matrix (or any table of n row pointers); only its elements are touched, and
+// an exchange of rows exchanges their contents.
+
+// Replaces a[0..n-1][0..n-1] by the LU factors of its row-permuted self (Crout, implicit
+// row scaling, partial pivoting; U on and above the diagonal, L below with its unit
+// diagonal not stored). pivots[j] is the row exchanged with row j at step j (j where none),
+// a record to replay in ascending j, not a permutation. *sign is +-1.0, negated at each
+// exchange. Of equal scaled pivot candidates the later row wins; a NaN one is never taken
+// (an all-NaN column keeps the previous column's pivot row, even one above j). A zero
+// pivot becomes 1e-25 and the call goes on with QAL_OK. QAL_ERR_PARAMETER (null pivots or
+// sign), QAL_ERR_MEMORY (no memory for the n scale factors, a negative n too): nothing
+// written. QAL_ERR_SINGULAR when a row holds only zeros and NaNs: a and pivots
+// untouched, *sign = 1.0. n = 0: QAL_OK with *sign = 1.0. Allocates n doubles
+// for the call.
+QAL_API int QAL_LUDecomposition(double** a, int n, int* pivots, double* sign);
+// Solves the decomposed system for the right-hand side b[0..n-1], in place: forward
+// substitution replaying the exchanges (leading zeros of the permuted b cost nothing),
+// then back substitution. A diagonal element equal to 0.0 gives 1e15 in that b[i]
+// whatever the sum (never after QAL_LUDecomposition, which leaves none). No test:
+// always QAL_OK, nothing done for n <= 0. a and pivots are not changed, so any number of
+// right-hand sides may follow one decomposition.
+QAL_API int QAL_LUSolveEqua(const double* const* a, int n, const int* pivots, double* b);
 
 // ---- Lines: line fits and evaluation ---------------------------------------------------
 // A line is (intercept, slope): y = intercept + slope * x. Nothing here allocates.
@@ -164,6 +238,63 @@ QAL_API int QAL_RationialInterpolation(const double* x, const double* y, int n, 
 // allocated or read), QAL_ERR_MEMORY (a work array not allocated; tested before the
 // order), QAL_ERR_ORDER (an x[i+1] below x[i], or a NaN abscissa; equal ones pass).
 QAL_API int QAL_AkimaSub(const float* x, const float* y, float* slopes, int n);
+
+// ---- Smoothing: Savitzky-Golay coefficients and filtering ------------------------------
+// Samples count as equally spaced: the filters see indices, never abscissae. A filter of
+// `width` taps weights the sample itself with coef[half], half = (width - 1) / 2, and the
+// sample j places to the left (right) with coef[half - j] (coef[half + j]).
+
+// Filter kinds (the `kind` argument; not status codes). Any other positive kind filters as
+// QAL_FILTER_AVERAGE and ignores `degree`; zero and negative kinds are refused.
+inline constexpr int QAL_FILTER_AVERAGE = 10;         // all weights equal
+inline constexpr int QAL_FILTER_TRIANGLE = 11;        // 1, 2, ... up to the centre, down again
+inline constexpr int QAL_FILTER_SAVITZKY_GOLAY = 20;  // least squares, `degree` 2, 4 or 6
+
+// Least-squares convolution coefficients for the samples at offsets -leftCount..rightCount,
+// in ascending order of offset, in coef[0..leftCount + rightCount]; the rest of
+// coef[0..coefCount-1] is set to 0.0. Summed against those samples they give the
+// coefficient of offset^derivOrder in the polynomial of degree polyOrder fitted to them:
+// derivOrder 0 smooths, 1 gives the slope per sample step, d the d-th derivative over d!.
+// Not normalised. The moment sums go through QAL_pow, so with polyOrder 6 every offset of
+// 122 or more enters the sum of twelfth powers as 1e25, and the set differs from the exact
+// one without a status (kind 20 from width 245 on). QAL_ERR_PARAMETER for coefCount below
+// leftCount + rightCount + 1, a negative leftCount or rightCount, derivOrder > polyOrder,
+// leftCount + rightCount < polyOrder, a null coef, and also (nothing else would keep
+// derivOrder inside the solution) a negative polyOrder or derivOrder; QAL_ERR_MEMORY when
+// a work array or the matrix cannot be had; QAL_ERR_SINGULAR from QAL_LUDecomposition.
+// coef is untouched on every failure. Work memory: polyOrder + 1 ints and doubles and a
+// raw matrix of that order, released before the return.
+QAL_API int QAL_SavitzkyGolayCoeffizient(double* coef, int coefCount, int leftCount, int rightCount,
+                                         int derivOrder, int polyOrder);
+// Weights of a filter of `width` taps (kinds above), scaled by QAL_Normalize to a sum of 1.
+// Kind 11 sets coef[i] and then coef[width-1-i] to i + 1 for i = 0..width/2, so an even
+// width overwrites the middle pair (width 4: 1, 3, 3, 1); kind 20 asks
+// QAL_SavitzkyGolayCoeffizient for half samples on each side (an even width keeps a last
+// 0.0) and returns its failure at once, unnormalised. QAL_ERR_MEMORY, not
+// QAL_ERR_PARAMETER, for a null coef or width < 3; QAL_ERR_PARAMETER for kind <= 0, for a
+// degree other than 2, 4, 6 at kind 20, and there for a degree above 2 * half;
+// QAL_ERR_ZERO_DIVISION with the weights filled but unscaled when they sum to exactly 0.0
+// or width exceeds 9999. coef is untouched on the argument failures.
+QAL_API int QAL_SetFilterCoefficients(double* coef, int kind, int width, int degree);
+// Moving filter of in[0..n-1] into out[first..last]; first and last are first clamped into
+// 0..n-1, and the rest of out stays. Per sample, in double: in[i] * coef[half], then for
+// j = 1..half the left tap, then the right tap, each product added in turn; a tap beyond
+// the data adds its weight to a missing weight instead, and unless that is exactly 0.0 or
+// 1.0 the sum is divided by 1 - missing. So a constant curve stays constant up to both
+// ends; nothing is mirrored or padded, and width may exceed n. in == out is allowed: each
+// result is stored before the next sample is read, so the left taps read filtered values
+// and the result differs from that of two arrays. In this order: QAL_ERR_MEMORY (null in
+// or out), QAL_ERR_TOO_FEW_POINTS (n < 2), QAL_ERR_PARAMETER (last < first after
+// clamping, width outside 3..299, even width), QAL_ERR_MEMORY (no memory for the weights),
+// then the failure of QAL_SetFilterCoefficients; out is untouched on every failure.
+// Allocates `width` doubles per call.
+QAL_API int QAL_FilterArray(const double* in, double* out, int n, int first, int last, int kind, int width,
+                            int degree);
+// QAL_FilterArray on float samples, with widths 3..99: each sample is widened to double,
+// the weighted sum and the renormalisation are formed exactly as there, and the result is
+// rounded to float once, when it is stored.
+QAL_API int QAL_FilterFloatArray(const float* in, float* out, int n, int first, int last, int kind, int width,
+                                 int degree);
 
 // ---- Smoothing: derivatives at a point -------------------------------------------------
 // Derivative of the caller's function at xValue by Ridders' method: central differences
