@@ -130,6 +130,28 @@ QAL_API int QAL_LinearRegression(const double* x, const double* y, int n, double
 // No tests: n <= 1 gives NaN in both outputs. Always returns QAL_OK (0).
 QAL_API int QAL_LinearRegressionFloat(const float* x, const float* y, int n, float* intercept, float* slope);
 
+// ---- Interpolation: cubic splines ---------------------------------------------------
+// Knots x[0..n-1] (expected ascending, not tested) with 2 <= n <= 10000, and a table y2 of
+// one second derivative per knot that the caller owns, built once and read by every
+// evaluation on the same x and y.
+
+// The table of the cubic spline through (x[i], y[i]), by one forward sweep and one
+// back-substitution in double. An end slope at or above 1e25 makes that end natural
+// (second derivative 0), any other value (NaN and -1e30 too) clamps its first derivative.
+// A sweep pivot not above 1e-25 in magnitude, or NaN, copies the row before; equal
+// abscissae otherwise leave infinities or NaNs in y2 without a status. Allocates n - 1
+// doubles for the call. QAL_ERR_PARAMETER (null pointer, n < 2 or n > 10000),
+// QAL_ERR_MEMORY (no work memory); y2 untouched then.
+QAL_API int QAL_Splines(const double* x, const double* y, int n, double slopeFirst, double slopeLast, double* y2);
+// The spline of x, y and its table y2 at xValue, on the knot interval found by bisection:
+// a knot opens the interval that begins at it, x[n-1] closes the last one, and a value
+// outside the knots or NaN takes the end interval, extrapolated with QAL_OK. No
+// allocation, about log2(n) comparisons. QAL_ERR_PARAMETER (null pointer, n < 2 or
+// n > 10000; yOut untouched), QAL_ERR_ZERO_DIVISION with y[lo] in yOut when the interval
+// is not wider than 1e-25 (NaN too).
+QAL_API int QAL_CubicSplineInterpolation(const double* x, const double* y, const double* y2, int n, double xValue,
+                                         double* yOut);
+
 // ---- Curve analysis: extremum search ---------------------------------------------------
 // Judges the run x, y[0..n-1] for one maximum or minimum: parabola through the means of
 // its three thirds, vertex by Newton steps, accepted by the sign test and by the middle

@@ -18,6 +18,9 @@ inline constexpr double kNumericalZero = 1e-25;
 inline constexpr double kNoValue = 1e25;
 // Stands in for a quotient whose divisor is numerically zero.
 inline constexpr double kZeroDivisorSubstitute = 1e15;
+// The largest count of the spline, derivative and polynomial routines; above it they give
+// QAL_ERR_PARAMETER.
+inline constexpr int kMaxPoints = 10000;
 
 // Float images of the limits (bits 0x69045951 and 0x15F79688). The first lies below
 // 1e25 and the second above 1e-25, so comparisons against a limit stay in double.
