@@ -19,27 +19,26 @@ const V kX{0.31, 1.07, 1.93, 2.48, 3.62, 4.05, 5.2, 6.11}, kY{2.9, 4.71, 6.02, 6
 // double, same libm). The midpoint of the line data is 30, of the uneven data 6.35.
 TEST(Interpol, OptionsLocationAndFallbacks) {
     struct Row { V x, y; double at; int option, status; double out; };
+    const V lx = kLineX, ly = kLineY;
     const Row rows[] = {
-        {kLineX, kLineY, 2.5, QAL_INTERPOL_LOCATED, kOk, 10}, {kLineX, kLineY, 3.5, 0, kOk, 40},
-        {kLineX, kLineY, 3.0, 0, kOk, 30}, {kLineX, kLineY, kNaN, 0, kOk, 30},  // the first mid of the location
-        {kLineX, kLineY, 2.5, QAL_INTERPOL_LINE, kOk, 25}, {kLineX, kLineY, 2.5, QAL_INTERPOL_SPLINE, kOk, 25},
-        {kLineX, kLineY, 2.5, QAL_INTERPOL_MIDPOINT, kOk, 30}, {kLineX, kLineY, 2.5, 15, kOk, 30},
-        {kLineX, kLineY, 1.0, 0, kOut, 30}, {kLineX, kLineY, 5.0, 4, kOut, 30}, {kLineX, kLineY, 9.0, 2, kOut, 30},
-        {kLineX, kLineY, 2.5, QAL_INTERPOL_LOG_LINE, kOk, 0x1.9000000000002p+4},
-        {kLineX, kLineY, 2.5, QAL_INTERPOL_LOG_SEGMENT, kOk, 0x1.8fffffffffffep+4},
+        {lx, ly, 2.5, QAL_INTERPOL_LOCATED, kOk, 10}, {lx, ly, 3.5, 0, kOk, 40}, {lx, ly, 3.0, 0, kOk, 30},
+        {lx, ly, kNaN, 0, kOk, 30}, {lx, ly, 2.5, QAL_INTERPOL_SPLINE, kOk, 25}, {lx, ly, 2.5, 15, kOk, 30},
+        {lx, ly, 1.0, 0, kOut, 30}, {lx, ly, 5.0, 4, kOut, 30}, {lx, ly, 9.0, 2, kOut, 30},  // the midpoint stays
+        {lx, ly, 2.5, QAL_INTERPOL_LOG_LINE, kOk, 0x1.9000000000002p+4},
+        {lx, ly, 2.5, QAL_INTERPOL_LOG_SEGMENT, kOk, 0x1.8fffffffffffep+4},
         {{5, 4, 3, 2, 1}, {50, 40, 30, 20, 10}, 3.5, QAL_INTERPOL_SEGMENT, kOk, 35},  // descending, position 0
-        {{0, 1, 2}, {4, 5, 9}, 1.5, QAL_INTERPOL_LOCAL_LINE, kOk, 9},  // position n-1: no line
+        {{0, 1, 2}, {4, 5, 9}, 1.5, QAL_INTERPOL_LOCAL_LINE, kOk, 9},                 // position n-1: no line
         {{3}, {7}, 100, 4, kOk, 7}, {{0, 0, 0}, {1, 2, 3}, 0, 0, kOut, 2},  // equal ends refuse every value
         {{0, 1, 1, 2}, {1, 2, 3, 4}, 1, QAL_INTERPOL_SEGMENT, kOk, kNaN},   // equal abscissae under a fit
         {{0, 1, 2, 2}, {1, 2, 3, 4}, kNaN, 4, QAL_ERR_ZERO_DIVISION, 3},    // NaN: last bracket, zero wide
         {{0, 1e-26, 1}, {1, 2, 3}, 5e-27, 4, QAL_ERR_ZERO_DIVISION, 1},
-        {kX, kY, 2.2, 2, kOk, 0x1.50d0c2d7afadcp+2}, {kX, kY, 2.2, -1, kOk, 0x1.50d0c2d7afadcp+2},
+        {kX, kY, 2.2, QAL_INTERPOL_LINE, kOk, 0x1.50d0c2d7afadcp+2}, {kX, kY, 2.2, -1, kOk, 0x1.50d0c2d7afadcp+2},
         {kX, kY, 2.2, 16, kOk, 0x1.50d0c2d7afadcp+2}, {kX, kY, 4.5, 4, kOk, 0x1.0c96ec8538ba4p+2},
-        {kX, kY, 2.2, 5, kOk, 0x1.9ddedc1120f44p+2}, {kX, kY, 2.2, 6, kOk, 0x1.744b6d382d75ep+2},  // 6 points
-        {kX, kY, 1.5, 6, kOk, 0x1.410ddb6133357p+2}, {kX, kY, 4.5, 6, kOk, -0x1.e276276276278p+2},  // 4, 2 points
-        {kX, kY, 4.05, 6, kOk, 0x1.865a9dea25f03p+2},  // position n-3: 4 points
-        {kX, kY, 2.2, 12, kOk, 0x1.32b2537f371a6p-10}, {kX, kY, 2.2, 14, kOk, 0x1.9eab7cbf84becp+2},
-    };
+        {kX, kY, 2.2, 5, kOk, 0x1.9ddedc1120f44p+2}, {kX, kY, 2.2, 12, kOk, 0x1.32b2537f371a6p-10},
+        {kX, kY, 2.2, 14, kOk, 0x1.9eab7cbf84becp+2},
+        // option 6 at positions 3, 1, 6 and 5 (n-3): 6, 4, 2 and 4 points
+        {kX, kY, 2.2, 6, kOk, 0x1.744b6d382d75ep+2}, {kX, kY, 1.5, 6, kOk, 0x1.410ddb6133357p+2},
+        {kX, kY, 4.5, 6, kOk, -0x1.e276276276278p+2}, {kX, kY, 4.05, 6, kOk, 0x1.865a9dea25f03p+2}};
     for (const Row& r : rows) {
         double out = kUntouched;
         EXPECT_EQ(r.status, QAL_Interpol(&out, r.at, r.x.data(), r.y.data(), nullptr, Count(r.x), r.option))
@@ -49,15 +48,14 @@ TEST(Interpol, OptionsLocationAndFallbacks) {
 }
 
 TEST(Interpol, RefusalsAndWorkMemoryFailures) {
-    const V x(10001, 1.0);
+    V rising(10001);
+    for (std::size_t i = 0; i < rising.size(); ++i) rising[i] = static_cast<double>(i);
     double out = kUntouched;
     EXPECT_EQ(QAL_ERR_PARAMETER, QAL_Interpol(&out, 1.5, nullptr, kLineY.data(), nullptr, 5, 0));
     EXPECT_EQ(QAL_ERR_PARAMETER, QAL_Interpol(&out, 1.5, kLineX.data(), kLineY.data(), nullptr, 0, 0));
     EXPECT_TRUE(SameBits(kUntouched, out));
-    V rising(10001);
-    for (std::size_t i = 0; i < rising.size(); ++i) rising[i] = static_cast<double>(i);
-    EXPECT_EQ(QAL_ERR_PARAMETER, QAL_Interpol(&out, 1.5, rising.data(), x.data(), nullptr, 10001, 4));
-    EXPECT_TRUE(SameBits(1.0, out));  // the midpoint
+    EXPECT_EQ(QAL_ERR_PARAMETER, QAL_Interpol(&out, 1.5, rising.data(), rising.data(), nullptr, 10001, 4));
+    EXPECT_TRUE(SameBits(5000.0, out));  // the midpoint
     for (int option : {QAL_INTERPOL_SPLINE, QAL_INTERPOL_LOG_LINE, QAL_INTERPOL_LOG_SEGMENT}) {
         ExpectEveryAllocationFailureHandled([&] {
             out = kUntouched;
@@ -109,18 +107,15 @@ TEST(InterpolFloatArrays, EqualsOneInterpolCallPerPoint) {
     EXPECT_EQ(-1.0f, untouched);
 }
 
+// 3 > 2 counts; the NaN and a value on a limit are inside; the third, beyond both limits, counts once.
 TEST(CheckInOutArrays, StrictLimitsCountedOnce) {
-    const float nan = static_cast<float>(kNaN);
-    const F values{1, 2, 3, nan, -1}, lower{0, 0, 4, 0, -1}, upper{2, 2, 2, 2, 2};
-    int count = -1;
-    EXPECT_EQ(kOk, QAL_CheckInOutArrays(values.data(), nullptr, upper.data(), 5, &count));
-    EXPECT_EQ(1, count);  // 3 > 2; the NaN and the limit itself are inside
-    EXPECT_EQ(kOk, QAL_CheckInOutArrays(values.data(), lower.data(), upper.data(), 5, &count));
-    EXPECT_EQ(1, count);  // the third lies beyond both limits, counted once
-    count = -1;
-    EXPECT_EQ(QAL_ERR_PARAMETER, QAL_CheckInOutArrays(values.data(), lower.data(), nullptr, 5, &count));
-    EXPECT_EQ(QAL_ERR_PARAMETER, QAL_CheckInOutArrays(values.data(), lower.data(), upper.data(), 0, &count));
-    EXPECT_EQ(-1, count);
+    const F values{1, 2, 3, static_cast<float>(kNaN), -1}, lower{0, 0, 4, 0, -1}, upper{2, 2, 2, 2, 2};
+    int counts[4] = {-1, -1, -1, -1};
+    EXPECT_EQ(kOk, QAL_CheckInOutArrays(values.data(), nullptr, upper.data(), 5, &counts[0]));
+    EXPECT_EQ(kOk, QAL_CheckInOutArrays(values.data(), lower.data(), upper.data(), 5, &counts[1]));
+    EXPECT_EQ(QAL_ERR_PARAMETER, QAL_CheckInOutArrays(values.data(), lower.data(), nullptr, 5, &counts[2]));
+    EXPECT_EQ(QAL_ERR_PARAMETER, QAL_CheckInOutArrays(values.data(), lower.data(), upper.data(), 0, &counts[3]));
+    EXPECT_TRUE(counts[0] == 1 && counts[1] == 1 && counts[2] == -1 && counts[3] == -1);
 }
 
 }  // namespace
