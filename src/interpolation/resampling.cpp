@@ -50,7 +50,7 @@ class Resampler {
 public:
     // `table` is the caller's second-derivative table for option 4, or null.
     Resampler(const double* x, const double* y, int n, int option, const double* table) noexcept
-        : x_(x), y_(y), n_(n), option_(toldOption(option)), table_(table) {}
+        : x_(x), y_(y), n_(n), option_(actingOption(option)), table_(table) {}
     ~Resampler() {
         releaseArray(ownTable_);
         releaseArray(logX_);
@@ -114,9 +114,9 @@ public:
     }
 
 private:
-    // The options told apart; values outside 0..15 and the untold ones act as the line,
-    // 15 as the midpoint.
-    static int toldOption(int option) noexcept {
+    // The option a value acts as: the named ones stand for themselves, 15 acts as the
+    // midpoint, and every other value (below 0 and above 15 too) as the line.
+    static int actingOption(int option) noexcept {
         switch (option) {
             case QAL_INTERPOL_LOCATED:
             case QAL_INTERPOL_MIDPOINT:
