@@ -135,6 +135,26 @@ void smoothedExtrema(const Curve& c) {
     }
 }
 
+void resampling(const Curve& c) {
+    if (c.size() < 2) return;
+    // Five new points per interval, strictly inside the data: the ends themselves are
+    // refused by the location and would keep the value preset here.
+    const std::vector<float> x(c.x.begin(), c.x.end()), y(c.y.begin(), c.y.end());
+    const int count = 5 * (c.size() - 1) - 1;
+    std::vector<float> xFine(static_cast<std::size_t>(count)), yFine(xFine.size(), 0.0f);
+    for (std::size_t k = 0; k < xFine.size(); ++k) {
+        xFine[k] = static_cast<float>(c.x.front() + (c.x.back() - c.x.front()) * static_cast<double>(k + 1) /
+                                                        (5.0 * (c.size() - 1)));
+    }
+    const int s = QAL_InterpolFloatArrays(x.data(), y.data(), c.size(), xFine.data(), yFine.data(), count,
+                                          QAL_INTERPOL_SPLINE);
+    std::printf("\nResampled by a natural cubic spline, five points per interval (%d points): %s\n", count,
+                statusName(s));
+    for (std::size_t k = xFine.size() / 3; s == QAL_OK && k < xFine.size() / 3 + 6 && k < xFine.size(); ++k) {
+        std::printf("  x = %9.4f   y = %9.4f\n", static_cast<double>(xFine[k]), static_cast<double>(yFine[k]));
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -148,5 +168,6 @@ int main(int argc, char** argv) {
     extremumDrivers(curve);
     levelCrossings(curve);
     smoothedExtrema(curve);
+    resampling(curve);
     return 0;
 }

@@ -206,6 +206,74 @@ QAL_API int QAL_LinearRegression(const double* x, const double* y, int n, double
 // No tests: n <= 1 gives NaN in both outputs. Always returns QAL_OK (0).
 QAL_API int QAL_LinearRegressionFloat(const float* x, const float* y, int n, float* intercept, float* slope);
 
+// ---- Interpolation: cubic splines ---------------------------------------------------
+// Knots x[0..n-1] (expected ascending, not tested) with 2 <= n <= 10000, and a table y2 of
+// one second derivative per knot that the caller owns, built once and read by every
+// evaluation on the same x and y.
+
+// The table of the cubic spline through (x[i], y[i]), by one forward sweep and one
+// back-substitution in double. An end slope at or above 1e25 makes that end natural
+// (second derivative 0), any other value (NaN and -1e30 too) clamps its first derivative.
+// A sweep pivot not above 1e-25 in magnitude, or NaN, copies the row before; equal
+// abscissae otherwise leave infinities or NaNs in y2 without a status. Allocates n - 1
+// doubles for the call. QAL_ERR_PARAMETER (null pointer, n < 2 or n > 10000),
+// QAL_ERR_MEMORY (no work memory); y2 untouched then.
+QAL_API int QAL_Splines(const double* x, const double* y, int n, double slopeFirst, double slopeLast, double* y2);
+// The spline of x, y and its table y2 at xValue, on the knot interval found by bisection:
+// a knot opens the interval that begins at it, x[n-1] closes the last one, and a value
+// outside the knots or NaN takes the end interval, extrapolated with QAL_OK. No
+// allocation, about log2(n) comparisons. QAL_ERR_PARAMETER (null pointer, n < 2 or
+// n > 10000; yOut untouched), QAL_ERR_ZERO_DIVISION with y[lo] in yOut when the interval
+// is not wider than 1e-25 (NaN too).
+QAL_API int QAL_CubicSplineInterpolation(const double* x, const double* y, const double* y2, int n, double xValue,
+                                         double* yOut);
+
+// ---- Interpolation: array resampling -------------------------------------------------
+// Values of `option` for QAL_Interpol; 15 acts as QAL_INTERPOL_MIDPOINT, every other value
+// (1, 7 to 11, 13, below 0, above 15) as QAL_INTERPOL_LINE.
+inline constexpr int QAL_INTERPOL_LOCATED = 0;       // y at the located position (either side of xValue)
+inline constexpr int QAL_INTERPOL_LINE = 2;          // least-squares line through all points
+inline constexpr int QAL_INTERPOL_MIDPOINT = 3;      // (y[n-1] + y[0]) * 0.5
+inline constexpr int QAL_INTERPOL_SPLINE = 4;        // cubic spline, natural unless y2 is given
+inline constexpr int QAL_INTERPOL_SEGMENT = 5;       // line through the located point and the next
+inline constexpr int QAL_INTERPOL_LOCAL_LINE = 6;    // least-squares line through 6, 4 or 2 points there
+inline constexpr int QAL_INTERPOL_LOG_LINE = 12;     // least-squares line through all points in log-log
+inline constexpr int QAL_INTERPOL_LOG_SEGMENT = 14;  // log-log line through the located point and the next
+
+// The curve at xValue by `option`, in double. n == 1: y[0] with QAL_OK for every option
+// and value. Otherwise *yOut = (y[n-1] + y[0]) * 0.5 first, then xValue is located by
+// QAL_LocateValue (x ascending or descending; ascending at option 4), whose refusal passes
+// on with that midpoint: QAL_ERR_OUT_OF_RANGE at or beyond either end, and for every value
+// when x[0] == x[n-1]. A NaN xValue passes the location. Options 5, 6 and 14 give y[n-1]
+// where the location ends on n - 1. Logarithms go through QAL_log10 (-30 for values not
+// above 1e-25) and the result of options 12 and 14 through QAL_pow10. Equal abscissae
+// under a fit give its NaN or infinity with QAL_OK. y2 is read at option 4 only (null:
+// a natural table is built for this call). QAL_ERR_PARAMETER for a null x, y or yOut or
+// n < 1 (nothing written), and at option 4 for n > 10000 (the midpoint stays);
+// QAL_ERR_ZERO_DIVISION at option 4 with the lower ordinate of a bracket not wider than
+// 1e-25; QAL_ERR_MEMORY with the midpoint when the work memory of option 4 (n doubles),
+// 12 (2 x n) or 14 (2 x 2) cannot be allocated. The other options allocate nothing.
+QAL_API int QAL_Interpol(double* yOut, double xValue, const double* x, const double* y, const double* y2, int n,
+                         int option);
+// Resamples the float curve x, y at xNew[0..nNew-1]: exactly one QAL_Interpol outcome
+// per new abscissa on the widened curve without a table, narrowed to float into yNew on
+// QAL_OK; a refused point keeps what the caller put in yNew, and the loop goes on.
+// Returns the status of the last point (QAL_OK when nNew == 0), so an earlier refusal
+// does not show. Work that depends on the curve alone (the fit of options 2 and 12, the
+// spline table of option 4) is made once per call. Allocates four double arrays (n, n,
+// nNew, nNew), plus that shared work; QAL_ERR_MEMORY with yNew unwritten when one of the
+// four fails (a negative count always does), and for every point needing the shared work
+// when that allocation fails. QAL_ERR_PARAMETER, nothing written, for a null x or y with
+// n > 0 or a null xNew or yNew with nNew > 0.
+QAL_API int QAL_InterpolFloatArrays(const float* x, const float* y, int n, const float* xNew, float* yNew, int nNew,
+                                    int option);
+// Counts into *outsideCount the samples with values[i] > upper[i], or else
+// lower[i] > values[i] (lower may be null: no lower test), each once; float comparisons,
+// strict, a NaN counts as inside. QAL_ERR_PARAMETER for a null values, upper or
+// outsideCount or n < 1 (nothing written).
+QAL_API int QAL_CheckInOutArrays(const float* values, const float* lower, const float* upper, int n,
+                                 int* outsideCount);
+
 // ---- Interpolation: polynomial and rational --------------------------------------------
 // Both evaluate at xValue the function through the n points (x[i], y[i]), whose abscissae
 // need no order, by a tableau in double started at the nearest point (of equally near ones
