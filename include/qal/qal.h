@@ -388,8 +388,9 @@ QAL_API int QAL_Kruemmung(const float* x, const float* y, float* firstDerivative
 // result[i] = slope of a chord of chordWidth samples right of i minus that of one left of
 // i, the inner chord ends gapWidth / 2 (toward zero) from i; the chords shrink to the
 // last two or the first two samples at the ends. Differences in float, slopes and their
-// difference in double, narrowed once. chordWidth 0 gives NaN. Writes nothing for n < 2,
-// gapWidth below -1 or chordWidth below 0.
+// difference in double, narrowed once. chordWidth 0 gives NaN (0/0) wherever a chord
+// keeps one sample; the end clamps keep two. Writes nothing for n < 2, gapWidth below -1
+// or chordWidth below 0.
 QAL_API int QAL_Kruemmung2(const float* x, const float* y, float* result, int n, int gapWidth, int chordWidth);
 
 // ---- Curve analysis: extremum search ---------------------------------------------------
