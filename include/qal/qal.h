@@ -245,8 +245,8 @@ inline constexpr int QAL_INTERPOL_LOG_SEGMENT = 14;  // log-log line through the
 // QAL_LocateValue (x ascending or descending; ascending at option 4), whose refusal passes
 // on with that midpoint: QAL_ERR_OUT_OF_RANGE at or beyond either end, and for every value
 // when x[0] == x[n-1]. A NaN xValue passes the location. Options 5, 6 and 14 give y[n-1]
-// where the location ends on n - 1. Logarithms go through QAL_log10 (-30 for values not
-// above 1e-25) and the result of options 12 and 14 through QAL_pow10. Equal abscissae
+// where the location ends on n - 1. Logarithms go through QAL_log10 (-30 for values below
+// 1e-25) and the result of options 12 and 14 through QAL_pow10. Equal abscissae
 // under a fit give its NaN or infinity with QAL_OK. y2 is read at option 4 only (null:
 // a natural table is built for this call). QAL_ERR_PARAMETER for a null x, y or yOut or
 // n < 1 (nothing written), and at option 4 for n > 10000 (the midpoint stays);
@@ -269,7 +269,8 @@ QAL_API int QAL_InterpolFloatArrays(const float* x, const float* y, int n, const
                                     int option);
 // Counts into *outsideCount the samples with values[i] > upper[i], or else
 // lower[i] > values[i] (lower may be null: no lower test), each once; float comparisons,
-// strict, a NaN counts as inside. QAL_ERR_PARAMETER for a null values, upper or
+// strict, so a NaN makes its own comparison false (a sample with a NaN upper limit still
+// counts when it lies below its lower one). QAL_ERR_PARAMETER for a null values, upper or
 // outsideCount or n < 1 (nothing written).
 QAL_API int QAL_CheckInOutArrays(const float* values, const float* lower, const float* upper, int n,
                                  int* outsideCount);
@@ -285,8 +286,10 @@ QAL_API int QAL_CheckInOutArrays(const float* values, const float* lower, const 
 // or n > 10000) and QAL_ERR_MEMORY (the two work arrays of n doubles) leave both outputs
 // untouched.
 
-// Neville's polynomial of degree n-1. Abscissae less than 1e-25 apart give the quotient
-// 1e15 in place of a division.
+// Neville's polynomial of degree n-1. Where a tableau width (x[i] - xValue) -
+// (x[i+m] - xValue) is below 1e-25 in magnitude, the quotient is 1e15 in place of a
+// division: for equal abscissae, and for distinct ones whose offsets from a far xValue
+// round alike.
 QAL_API int QAL_PolynomialInterpolation(const double* x, const double* y, int n, double xValue, double* yOut,
                                         double* errorEstimate);
 // The diagonal rational function by the Bulirsch-Stoer recurrence. The first point in

@@ -25,7 +25,7 @@ double lineValue(const double* x, const double* y, int count, double xValue) noe
 }
 
 // The least-squares line through count points in log-log coordinates, the guarded
-// logarithms (-30 for values not above 1e-25, 30 above 1e25) kept in logX and logY.
+// logarithms (-30 for values below 1e-25, 30 above 1e25) kept in logX and logY.
 void logLogFit(const double* x, const double* y, int count, double* logX, double* logY, double* intercept,
                double* slope) noexcept {
     for (int i = 0; i < count; ++i) {
