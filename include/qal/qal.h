@@ -345,7 +345,8 @@ QAL_API int QAL_SavitzkyGolayCoeffizient(double* coef, int coefCount, int leftCo
 // QAL_ERR_PARAMETER, for a null coef or width < 3; QAL_ERR_PARAMETER for kind <= 0, for a
 // degree other than 2, 4, 6 at kind 20, and there for a degree above 2 * half;
 // QAL_ERR_ZERO_DIVISION with the weights filled but unscaled when they sum to exactly 0.0
-// or width exceeds 9999. coef is untouched on the argument failures.
+// or width exceeds 9999. coef is untouched on the argument failures. Allocates only at
+// kind 20, the work memory of QAL_SavitzkyGolayCoeffizient and QAL_LUDecomposition.
 QAL_API int QAL_SetFilterCoefficients(double* coef, int kind, int width, int degree);
 // Moving filter of in[0..n-1] into out[first..last]; first and last are first clamped into
 // 0..n-1, and the rest of out stays. Per sample, in double: in[i] * coef[half], then for
@@ -358,7 +359,7 @@ QAL_API int QAL_SetFilterCoefficients(double* coef, int kind, int width, int deg
 // or out), QAL_ERR_TOO_FEW_POINTS (n < 2), QAL_ERR_PARAMETER (last < first after
 // clamping, width outside 3..299, even width), QAL_ERR_MEMORY (no memory for the weights),
 // then the failure of QAL_SetFilterCoefficients; out is untouched on every failure.
-// Allocates `width` doubles per call.
+// Allocates `width` doubles per call, and at kind 20 the coefficient build's work memory.
 QAL_API int QAL_FilterArray(const double* in, double* out, int n, int first, int last, int kind, int width,
                             int degree);
 // QAL_FilterArray on float samples, with widths 3..99: each sample is widened to double,

@@ -6,8 +6,8 @@ namespace {
 
 // Fewest taps of a filter: the sample and one neighbour on each side.
 constexpr int kMinWidth = 3;
-// Upper width tests of the two filters; both limits are even, so the widest filters that
-// pass are 299 and 99 taps.
+// Upper width tests of the two filters: above 300 or 99 taps is refused, and 300 falls to
+// the even-width test, so the widest filters that pass are 299 and 99 taps.
 constexpr int kMaxWidthDouble = 300;
 constexpr int kMaxWidthFloat = 99;
 
