@@ -21,6 +21,13 @@ if(QAL_SANITIZE)
   target_compile_options(qal_build_flags INTERFACE ${qal_sanitizers} -fno-omit-frame-pointer)
   target_link_options(qal_build_flags INTERFACE ${qal_sanitizers})
 endif()
+if(QAL_TSAN)
+  if(QAL_SANITIZE)
+    message(FATAL_ERROR "QAL_TSAN and QAL_SANITIZE cannot be combined: ThreadSanitizer excludes AddressSanitizer")
+  endif()
+  target_compile_options(qal_build_flags INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+  target_link_options(qal_build_flags INTERFACE -fsanitize=thread)
+endif()
 
 # qal_apply_build_flags(<target>): the flags above, kept private to <target> so that
 # nothing of them leaks into a consumer of the installed package.

@@ -2,6 +2,7 @@
 // two peaks and a valley) and prints what each routine of the library finds.
 //
 //   qal_demo [curve.csv]     the file holds a header line, then "x,y" per line
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -107,14 +108,15 @@ std::string found(int status, double x, double y) {
     return text;
 }
 
-// The extrema of the raw curve beside those of its Savitzky-Golay smoothing.
-void smoothedExtrema(const Curve& c) {
+// The extrema of the raw curve beside those of its Savitzky-Golay smoothing, which is left
+// in `smooth`; false when the curve cannot be smoothed.
+bool smoothedExtrema(const Curve& c, Curve& smooth) {
     const int width = 21, degree = 2;
-    Curve smooth{c.x, std::vector<double>(c.y.size())};
+    smooth = Curve{c.x, std::vector<double>(c.y.size())};
     const int s = QAL_FilterArray(c.y.data(), smooth.y.data(), c.size(), 0, c.size() - 1,
                                   QAL_FILTER_SAVITZKY_GOLAY, width, degree);
     std::printf("\nSavitzky-Golay smoothing, width %d, degree %d: %s\n", width, degree, statusName(s));
-    if (s != QAL_OK) return;
+    if (s != QAL_OK) return false;
     const Search searches[] = {
         {"highest sample", [](const Curve& k, double* x, double* y) {
              return QAL_Calc_AbsMaximum(k.x.data(), k.y.data(), k.size(), x, y); }},
@@ -132,6 +134,44 @@ void smoothedExtrema(const Curve& c) {
         const std::string raw = found(status, x, y);
         status = search.run(smooth, &x, &y);
         std::printf("  %-28s %-26s %s\n", search.what, raw.c_str(), found(status, x, y).c_str());
+    }
+    return true;
+}
+
+// The slope of the smoothed curve at its extrema, which should be near 0 there: by the
+// Golay kernel (per sample step, so divided by the step of x) and by a regression over
+// ten samples. Then a band of +-5 % around the smoothed curve near its highest peak, and
+// how much of the raw curve leaves it.
+void derivativesAndBand(const Curve& raw, const Curve& smooth) {
+    const int n = smooth.size();
+    if (n < 2) return;
+    const double step = smooth.x[1] - smooth.x[0];
+    const double* x = smooth.x.data();
+    const double* y = smooth.y.data();
+    double at[3] = {0.0, 0.0, 0.0}, value = 0.0;
+    const int found[3] = {QAL_GetNextExtremum(x, y, n, &at[0], &value, 30, QAL_EXTREMUM_MAX, 1, 5.0f),
+                          QAL_GetRangeExtremum(x, y, n, &at[1], &value, 30, QAL_EXTREMUM_MAX, 1, 5.0f),
+                          QAL_GetRangeExtremum(x, y, n, &at[2], &value, 30, QAL_EXTREMUM_MIN, 1, 5.0f)};
+    const char* const names[3] = {"first maximum", "highest maximum", "lowest minimum"};
+    std::printf("\nSlope of the smoothed curve at its extrema (per unit of x):\n");
+    for (int k = 0; k < 3; ++k) {
+        if (found[k] != QAL_OK) continue;
+        std::printf("  %-16s x = %8.3f   Golay %8.4f   regression %8.4f\n", names[k], at[k],
+                    QAL_FirstDerivativeGolay(x, y, n, at[k]) / step, QAL_FirstDerivativeLinReg(x, y, n, 10, at[k]));
+    }
+
+    const std::vector<float> base(smooth.y.begin(), smooth.y.end()), values(raw.y.begin(), raw.y.end());
+    std::vector<float> lower(base.size()), upper(base.size());
+    const int s = QAL_CalcBoundaries(base.data(), nullptr, lower.data(), upper.data(), n, 2, 5.0f, 2, 5.0f);
+    int outside = 0;
+    if (s == QAL_OK) QAL_CheckInOutArrays(values.data(), lower.data(), upper.data(), n, &outside);
+    std::printf("\nBand of +-5 %% around the smoothed curve: %s, %d of %d raw samples outside\n", statusName(s),
+                outside, n);
+    const int peak = found[1] == QAL_OK ? static_cast<int>((at[1] - x[0]) / step) : n / 2;
+    for (int i = std::max(peak - 8, 0); s == QAL_OK && i <= std::min(peak + 8, n - 1); i += 4) {
+        const std::size_t k = static_cast<std::size_t>(i);
+        std::printf("  x = %8.3f   %8.4f <= %8.4f <= %8.4f   raw %8.4f\n", x[k], static_cast<double>(lower[k]), y[k],
+                    static_cast<double>(upper[k]), raw.y[k]);
     }
 }
 
@@ -167,7 +207,8 @@ int main(int argc, char** argv) {
     std::printf("%d samples from %s\n\n", curve.size(), path);
     extremumDrivers(curve);
     levelCrossings(curve);
-    smoothedExtrema(curve);
+    Curve smooth;
+    if (smoothedExtrema(curve, smooth)) derivativesAndBand(curve, smooth);
     resampling(curve);
     return 0;
 }

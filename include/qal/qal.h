@@ -5,8 +5,10 @@
 // Counts, indices and options are signed 32-bit ints; a negative count is too small.
 // Results are exact to the bit: each routine fixes the precision and the order of its
 // operations, and the sense of each comparison (which decides equality and NaN).
-// Any number of threads may call the library on separate arrays, except QAL_Trapez,
-// which keeps module-wide state: it must not be called from two threads at once.
+// Any number of threads may call the library on separate arrays. Two functions keep
+// module-wide state: QAL_Trapez (its running estimate), which must not be called from two
+// threads at once, and QAL_FirstDerivativeGolay (its kernel, built at the first call),
+// which may be: concurrent first calls each build the kernel and one build is kept.
 #ifndef QAL_QAL_H
 #define QAL_QAL_H
 
@@ -368,18 +370,84 @@ QAL_API int QAL_FilterArray(const double* in, double* out, int n, int first, int
 QAL_API int QAL_FilterFloatArray(const float* in, float* out, int n, int first, int last, int kind, int width,
                                  int degree);
 
+// ---- Smoothing: derivative arrays ------------------------------------------------------
+// Values of `method` for QAL_DerivArray (not status codes); any other value computes
+// nothing and returns QAL_OK with deriv as it was.
+inline constexpr int QAL_DERIV_LINE_FIT = 2;  // least-squares lines over `span` samples
+inline constexpr int QAL_DERIV_SPLINE = 4;    // natural cubic spline; `span` not read
+
+// First derivative at xValue of the spline of x, y and its table y2 (from QAL_Splines), on
+// the knot interval found as QAL_CubicSplineInterpolation finds it, in double:
+// ((3 b b - 1) y2[hi] - (3 a a - 1) y2[lo]) h / 6 + (y[hi] - y[lo]) / h, products from
+// the left, the bracket scaled by h before the division by 6. Outside the knots the end
+// interval's cubic goes on with QAL_OK. No allocation. QAL_ERR_PARAMETER (null pointer,
+// n < 2 or n > 10000; deriv untouched), QAL_ERR_ZERO_DIVISION with 1e15 in *deriv when the
+// interval is not wider than 1e-25 (NaN too).
+QAL_API int QAL_FirstDerivative(const double* x, const double* y, const double* y2, int n, double xValue,
+                                double* deriv);
+// Second derivative of the same spline at xValue: a y2[lo] + b y2[hi]. Tests y for null
+// though it does not read it; fails as QAL_FirstDerivative, 1e15 in *deriv2 included.
+QAL_API int QAL_SecondDerivative(const double* x, const double* y, const double* y2, int n, double xValue,
+                                 double* deriv2);
+// The derivative curve deriv[0..n-1] of x, y (ascending), in double. `order` 1 or 2.
+// QAL_DERIV_SPLINE: the natural spline's table, copied for order 2 (0.0 at both ends),
+// QAL_FirstDerivative at every x[i] for order 1, whose status for the last point is the
+// result (an earlier zero-wide interval shows only as its 1e15); the spline's limit of
+// 10000 points applies. QAL_DERIV_LINE_FIT, half = span / 2 (toward zero): order 1 the
+// QAL_LinFit slope over samples i - half .. i + half, cut off at the ends; order 2 the
+// slope over the half samples after i minus that over the half before it (fewer near the
+// ends, the sample itself in neither), not divided by any distance, and 0.0 at three
+// samples at each end. A fit over one sample or none (span < 2 at order 1, < 4 at order
+// 2) gives NaN. Allocates n doubles at every call, before any test and for every method.
+// In this order, deriv untouched: QAL_ERR_MEMORY (not QAL_ERR_PARAMETER) for a null
+// array or when the n doubles cannot be had (a negative n always), QAL_ERR_TOO_FEW_POINTS
+// (n < 2), QAL_ERR_PARAMETER (order not 1 or 2, then QAL_DERIV_LINE_FIT at order 2 with
+// n < 4), then the failure of QAL_Splines.
+QAL_API int QAL_DerivArray(const double* x, const double* y, double* deriv, int n, int method, int order,
+                           int span);
+// QAL_DerivArray on float curves, worked in double on copies widened by QAL_F2D (x, y,
+// then deriv, so that what no step writes keeps its value), then the n work doubles.
+// Only QAL_OK narrows the copies back by QAL_D2F (x and y keep their values, deriv is
+// rounded to float once); every failure leaves all three arrays as they were, a
+// zero-wide spline interval too. QAL_ERR_MEMORY for a null array before any allocation,
+// for n < 1 (from QAL_F2D) and when a copy or the work array cannot be had; then the
+// failures of QAL_DerivArray from QAL_ERR_TOO_FEW_POINTS on.
+QAL_API int QAL_DerivFloatArray(float* x, float* y, float* deriv, int n, int method, int order, int span);
+
 // ---- Smoothing: derivatives at a point -------------------------------------------------
+// All three give the derivative as a double, 1e25 meaning that there is none.
+
 // Derivative of the caller's function at xValue by Ridders' method: central differences
 // (the upper point evaluated first) at `step`, then step / 1.4 nine times, extrapolated
 // to step zero in a 10 x 10 tableau, all in double. Returns the tableau entry with the
 // smallest error figure (of equal ones the later) and writes that figure to
 // *errorEstimate; stops after a column whose last extrapolation moves 2 x that figure.
-// Calls func at most 20 times, allocates the tableau for the call. Tests neither func nor
-// errorEstimate. *errorEstimate = 1e15 first; then 1e25 for a step below 1e-25 (func not
+// Calls func at most 20 times, allocates the tableau (a QAL_NewMatrix of 10 x 10) for
+// the call; reentrant as far as func is. Tests neither func nor errorEstimate. *errorEstimate = 1e15 first; then 1e25 for a step below 1e-25 (func not
 // called) or when the tableau cannot be allocated; 0.0 with 1e15 when no entry has a
 // comparable error figure (func gives NaN).
 QAL_API double QAL_FirstDerivativeRidder(double (*func)(double), double xValue, double step,
                                          double* errorEstimate);
+// Slope per sample step at xValue: the 11-tap Savitzky-Golay first-derivative kernel
+// (degree 4, offsets -5..5; -5..-1 weigh 25/429, -49/858, -133/1287, -503/5148,
+// -74/1287, the centre 0, the right side the negatives) applied to y at both samples of
+// xValue's knot interval (bisection as for the splines, n = 1 giving one sample), then
+// interpolated linearly between them, in double. The spacing of x enters only there.
+// Taps beyond the data add their weight to a missing weight, and a missing weight not
+// 0.0 divides the sum by 1 - missing, so near an end the value is rescaled, not a
+// derivative of a constant 0. The kernel is built at the first call (a few small work
+// arrays) and kept for the life of the library; a failed build is retried at the next
+// call. Threads may call this at once, the first calls included: each then builds its
+// own copy, with the same bits, and one of them is kept. 1e25 for a null x or y or n < 1
+// (nothing built), when the kernel cannot be built, or when the interval is narrower than
+// 1e-25 (exactly 1e-25 and NaN pass).
+QAL_API double QAL_FirstDerivativeGolay(const double* x, const double* y, int n, double xValue);
+// Slope of QAL_LinearRegression over the samples around xValue's knot interval lo, hi:
+// halfUsed = min(span / 2, lo + 1, n - 1 - lo) samples on each side of the gap, so an odd
+// span acts as the even one below it, and every xValue inside one interval gives the same
+// result. No allocation; reentrant. 1e25 for n < 1, span < 2, a null array, or an
+// interval narrower than 1e-25 (exactly 1e-25 and NaN pass).
+QAL_API double QAL_FirstDerivativeLinReg(const double* x, const double* y, int n, int span, double xValue);
 
 // ---- Smoothing: curvature --------------------------------------------------------------
 // Both always return QAL_OK, allocate nothing and test no pointer. A zero step in x

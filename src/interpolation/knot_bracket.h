@@ -1,10 +1,15 @@
 // The knot bracket: the two neighbouring knots of an abscissa, as the spline evaluation
 // and the derivative routines find them. Unlike QAL_LocateValue it refuses no value and
 // always ends on an interval (for n >= 2), with the lower knot at or below the value.
+// Beside it, the argument test and the interval weights that every reader of a spline
+// table shares.
 #ifndef QAL_SRC_INTERPOLATION_KNOT_BRACKET_H
 #define QAL_SRC_INTERPOLATION_KNOT_BRACKET_H
 
+#include <cmath>
 #include <cstdint>
+
+#include "frame/constants.h"
 
 namespace qal::detail {
 
@@ -35,6 +40,36 @@ inline KnotBracket knotBracket(const double* x, int n, double v) noexcept {
         }
     }
     return {lo, hi};
+}
+
+// The argument test of the routines that read a spline table: a null array, or a count
+// outside 2 .. 10000.
+inline bool refusesSplineKnots(const double* x, const double* y, const double* y2, int n) noexcept {
+    return !x || !y || !y2 || n < 2 || n > kMaxCurvePoints;
+}
+
+// The bracket of v with what the spline routines form from it: the width h and the
+// weights a = (x[hi] - v) / h and b = (v - x[lo]) / h (b is not 1.0 - a, which rounds
+// differently).
+struct SplineInterval {
+    int lo;
+    int hi;
+    double h;
+    double a;
+    double b;
+};
+
+// False when the bracket is not wider than 1e-25: the test is negated so that a NaN
+// width, and one of exactly 1e-25, fail it too. a and b are then not formed; lo is set.
+inline bool splineInterval(const double* x, int n, double v, SplineInterval& s) noexcept {
+    const KnotBracket bracket = knotBracket(x, n, v);
+    s.lo = bracket.lo;
+    s.hi = bracket.hi;
+    s.h = x[s.hi] - x[s.lo];
+    if (!(std::fabs(s.h) > kNumericalZero)) return false;
+    s.a = (x[s.hi] - v) / s.h;
+    s.b = (v - x[s.lo]) / s.h;
+    return true;
 }
 
 }  // namespace qal::detail

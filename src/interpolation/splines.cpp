@@ -7,13 +7,8 @@
 
 namespace {
 
-using qal::detail::kMaxCurvePoints;
 using qal::detail::kNoValue;
 using qal::detail::kNumericalZero;
-
-bool refusesKnots(const double* x, const double* y, const double* y2, int n) noexcept {
-    return !x || !y || !y2 || n < 2 || n > kMaxCurvePoints;
-}
 
 // An end slope at or above 1e25 asks for a natural end. The test has no magnitude, so
 // -1e30 is an ordinary slope, and a NaN (which fails it) is a clamped one.
@@ -26,7 +21,7 @@ bool isNaturalEnd(double slope) noexcept { return slope >= kNoValue; }
 // back-substitution overwrites the factors in place with the second derivatives.
 // Equal or descending abscissae are not refused: they leave IEEE infinities or NaNs.
 int QAL_Splines(const double* x, const double* y, int n, double slopeFirst, double slopeLast, double* y2) {
-    if (refusesKnots(x, y, y2, n)) return QAL_ERR_PARAMETER;
+    if (qal::detail::refusesSplineKnots(x, y, y2, n)) return QAL_ERR_PARAMETER;
     qal::detail::WorkArray<double> work(n - 1);
     if (!work) return QAL_ERR_MEMORY;
 
@@ -70,18 +65,14 @@ int QAL_Splines(const double* x, const double* y, int n, double slopeFirst, doub
 // No range test: outside the knots the cubic of the end interval goes on.
 int QAL_CubicSplineInterpolation(const double* x, const double* y, const double* y2, int n, double xValue,
                                  double* yOut) {
-    if (refusesKnots(x, y, y2, n) || !yOut) return QAL_ERR_PARAMETER;
-    const auto [lo, hi] = qal::detail::knotBracket(x, n, xValue);
-    const double h = x[hi] - x[lo];
-    // Negated so that a NaN width, and one of exactly 1e-25, also end here.
-    if (!(std::fabs(h) > kNumericalZero)) {
-        *yOut = y[lo];
+    if (qal::detail::refusesSplineKnots(x, y, y2, n) || !yOut) return QAL_ERR_PARAMETER;
+    qal::detail::SplineInterval s{};
+    if (!qal::detail::splineInterval(x, n, xValue, s)) {
+        *yOut = y[s.lo];
         return QAL_ERR_ZERO_DIVISION;
     }
-    const double a = (x[hi] - xValue) / h;
-    const double b = (xValue - x[lo]) / h;  // not 1.0 - a, which rounds differently
-    const double cubic = ((b * b) * b - b) * y2[hi] + ((a * a) * a - a) * y2[lo];
+    const double cubic = ((s.b * s.b) * s.b - s.b) * y2[s.hi] + ((s.a * s.a) * s.a - s.a) * y2[s.lo];
     // Scaled by h * h first, then divided by 6.0.
-    *yOut = cubic * (h * h) / 6.0 + (b * y[hi] + a * y[lo]);
+    *yOut = cubic * (s.h * s.h) / 6.0 + (s.b * y[s.hi] + s.a * y[s.lo]);
     return QAL_OK;
 }

@@ -1,14 +1,17 @@
+#include <algorithm>
 #include <cmath>
 
-#include "frame/allocator.h"
 #include "frame/constants.h"
+#include "frame/raw_matrix.h"
+#include "interpolation/knot_bracket.h"
 #include "qal/qal.h"
+#include "smoothing/filter_step.h"
+#include "smoothing/golay_kernel.h"
 
 namespace {
 
 using qal::detail::kNoValue;
 using qal::detail::kNumericalZero;
-using qal::detail::WorkArray;
 
 // Ridders' tableau: 10 columns of shrinking steps, each extrapolated up to its diagonal.
 constexpr int kTableauSize = 10;
@@ -44,28 +47,74 @@ double QAL_FirstDerivativeRidder(double (*func)(double), double xValue, double s
     double derivative = 0.0;
     if (kNumericalZero > step) return kNoValue;
     // Row j holds the j-th extrapolation, column i the i-th step.
-    WorkArray<double> table(kTableauSize * kTableauSize);
-    if (!table) return kNoValue;
-    const auto at = [&table](int row, int column) -> double& { return table[row * kTableauSize + column]; };
+    const qal::detail::RawMatrix tableau(kTableauSize, kTableauSize);
+    if (!tableau) return kNoValue;
+    double** const table = tableau.get();
 
-    at(0, 0) = centralDifference(func, xValue, step);
+    table[0][0] = centralDifference(func, xValue, step);
     for (int i = 1; i < kTableauSize; ++i) {
         step = step / kStepReduction;
-        at(0, i) = centralDifference(func, xValue, step);
+        table[0][i] = centralDifference(func, xValue, step);
         double factor = kSquaredReduction;
         for (int j = 1; j <= i; ++j) {
-            at(j, i) = (at(j - 1, i) * factor - at(j - 1, i - 1)) / (factor - 1.0);
+            table[j][i] = (table[j - 1][i] * factor - table[j - 1][i - 1]) / (factor - 1.0);
             factor = factor * kSquaredReduction;
-            const double e1 = std::fabs(at(j, i) - at(j - 1, i));
-            const double e2 = std::fabs(at(j, i) - at(j - 1, i - 1));
+            const double e1 = std::fabs(table[j][i] - table[j - 1][i]);
+            const double e2 = std::fabs(table[j][i] - table[j - 1][i - 1]);
             const double errt = e1 > e2 ? e1 : e2;
             if (errt <= *errorEstimate) {
                 *errorEstimate = errt;
-                derivative = at(j, i);
+                derivative = table[j][i];
             }
         }
         // Against column i on both sides, not the diagonal of the column before.
-        if (std::fabs(at(i, i) - at(i - 1, i)) >= kSafety * *errorEstimate) break;
+        if (std::fabs(table[i][i] - table[i - 1][i]) >= kSafety * *errorEstimate) break;
     }
     return derivative;
+}
+
+// Boundary rules of the bracket (the knot bracket, here from n = 1 on):
+//   n == 1                           lo = hi = 0: a width of 0, 1e25
+//   width below 1e-25                1e25; written `limit > magnitude`, so a width of
+//                                    exactly 1e-25 passes, and so does a NaN one
+//   xValue outside the data or NaN   the end interval, interpolated or extrapolated
+// Each of the two samples is smoothed by the filter's sample step. That step leaves a
+// missing weight of exactly 1.0 undivided, which this routine would divide; but no set of
+// this kernel's weights sums to 1.0 (their magnitudes add up to about 0.75), so the test
+// never fires here and the results are the same. The kernel sees sample positions, not
+// abscissae: the result is the slope per sample step.
+double QAL_FirstDerivativeGolay(const double* x, const double* y, int n, double xValue) {
+    using qal::detail::kGolayKernelHalf;
+    if (!x || !y || n < 1) return kNoValue;
+    double scratch[qal::detail::kGolayKernelTaps];
+    const double* const kernel = qal::detail::golayDerivativeKernel(scratch);
+    if (!kernel) return kNoValue;
+    const auto [lo, hi] = qal::detail::knotBracket(x, n, xValue);
+    const double h = x[hi] - x[lo];
+    if (kNumericalZero > std::fabs(h)) return kNoValue;
+    const double atLo = qal::detail::filteredSample(y, n, lo, kernel, kGolayKernelHalf);
+    const double atHi = qal::detail::filteredSample(y, n, hi, kernel, kGolayKernelHalf);
+    // The product first, then the division.
+    return (xValue - x[lo]) * (atHi - atLo) / h + atLo;
+}
+
+// The regression takes as many samples on each side of the gap between lo and hi, half
+// of them or fewer where an end of the data is nearer: always an even count holding lo
+// and hi, so xValue chooses the bracket and nothing else.
+// Boundary rules:
+//   n < 1, span < 2, null array       1e25
+//   width below 1e-25 (n == 1 too)    1e25; a width of exactly 1e-25, or NaN, passes
+//   odd span                          acts as the even one below it
+double QAL_FirstDerivativeLinReg(const double* x, const double* y, int n, int span, double xValue) {
+    if (n < 1 || span < 2 || !x || !y) return kNoValue;
+    const int half = span / 2;
+    const auto [lo, hi] = qal::detail::knotBracket(x, n, xValue);
+    if (kNumericalZero > std::fabs(x[hi] - x[lo])) return kNoValue;
+    const int halfUsed = std::min({half, lo + 1, n - 1 - lo});
+    const int first = lo + 1 - halfUsed;
+    double intercept = 0.0;
+    double slope = 0.0;
+    // 0 means that nothing was computed, which the count 2 * halfUsed >= 2 rules out.
+    if (QAL_LinearRegression(x + first, y + first, 2 * halfUsed, &intercept, &slope) == 0) return kNoValue;
+    return slope;
 }

@@ -1,25 +1,10 @@
 #include <cstdint>
 
 #include "frame/allocator.h"
+#include "frame/raw_matrix.h"
 #include "qal/qal.h"
 
 namespace {
-
-// Owns a raw matrix from QAL_NewMatrix for the length of a call.
-class RawMatrix {
-public:
-    explicit RawMatrix(int order) noexcept : rows_(QAL_NewMatrix(order, order)), order_(order) {}
-    ~RawMatrix() { QAL_DeleteMatrix(rows_, order_, order_); }  // accepts null
-    RawMatrix(const RawMatrix&) = delete;
-    RawMatrix& operator=(const RawMatrix&) = delete;
-
-    explicit operator bool() const noexcept { return rows_ != nullptr; }
-    double** get() const noexcept { return rows_; }
-
-private:
-    double** rows_;
-    int order_;
-};
 
 // Sum over the offsets -leftCount..rightCount of offset^p, each power by QAL_pow with its
 // clipping: the offset 0 first (1.0 for p = 0, else 0.0), then the right side, then the
@@ -52,7 +37,7 @@ int QAL_SavitzkyGolayCoeffizient(double* coef, int coefCount, int leftCount, int
     const int order = polyOrder + 1;
     const qal::detail::WorkArray<int> pivots(order);
     if (!pivots) return QAL_ERR_MEMORY;
-    const RawMatrix moments(order);
+    const qal::detail::RawMatrix moments(order, order);
     if (!moments) return QAL_ERR_MEMORY;
     const qal::detail::WorkArray<double> solution(order);
     if (!solution) return QAL_ERR_MEMORY;
