@@ -421,11 +421,12 @@ QAL_API int QAL_DerivFloatArray(float* x, float* y, float* deriv, int n, int met
 // (the upper point evaluated first) at `step`, then step / 1.4 nine times, extrapolated
 // to step zero in a 10 x 10 tableau, all in double. Returns the tableau entry with the
 // smallest error figure (of equal ones the later) and writes that figure to
-// *errorEstimate; stops after a column whose last extrapolation moves 2 x that figure.
-// Calls func at most 20 times, allocates the tableau (a QAL_NewMatrix of 10 x 10) for
-// the call; reentrant as far as func is. Tests neither func nor errorEstimate. *errorEstimate = 1e15 first; then 1e25 for a step below 1e-25 (func not
-// called) or when the tableau cannot be allocated; 0.0 with 1e15 when no entry has a
-// comparable error figure (func gives NaN).
+// *errorEstimate; stops after a column whose last extrapolation moves at least 2 x that
+// figure. Calls func at most 20 times, allocates the tableau (a QAL_NewMatrix of
+// 10 x 10) for the call; reentrant as far as func is. Tests neither func nor
+// errorEstimate. *errorEstimate = 1e15 first; then 1e25 for a step below 1e-25 (func
+// not called) or when the tableau cannot be allocated; 0.0 with 1e15 when no entry has
+// a comparable error figure (func gives NaN).
 QAL_API double QAL_FirstDerivativeRidder(double (*func)(double), double xValue, double step,
                                          double* errorEstimate);
 // Slope per sample step at xValue: the 11-tap Savitzky-Golay first-derivative kernel
@@ -437,8 +438,8 @@ QAL_API double QAL_FirstDerivativeRidder(double (*func)(double), double xValue, 
 // 0.0 divides the sum by 1 - missing, so near an end the value is rescaled, not a
 // derivative of a constant 0. The kernel is built at the first call (a few small work
 // arrays) and kept for the life of the library; a failed build is retried at the next
-// call. Threads may call this at once, the first calls included: each then builds its
-// own copy, with the same bits, and one of them is kept. 1e25 for a null x or y or n < 1
+// call. Threads may call this at once, the first calls included: a call that finds no
+// kernel yet builds its own copy, with the same bits, and one of them is kept. 1e25 for a null x or y or n < 1
 // (nothing built), when the kernel cannot be built, or when the interval is narrower than
 // 1e-25 (exactly 1e-25 and NaN pass).
 QAL_API double QAL_FirstDerivativeGolay(const double* x, const double* y, int n, double xValue);
