@@ -51,7 +51,7 @@ inline bool refusesSplineKnots(const double* x, const double* y, const double* y
 // The bracket of v with what the spline routines form from it: the width h and the
 // weights a = (x[hi] - v) / h and b = (v - x[lo]) / h (b is not 1.0 - a, which rounds
 // differently).
-struct SplineInterval {
+struct KnotInterval {
     int lo;
     int hi;
     double h;
@@ -61,7 +61,7 @@ struct SplineInterval {
 
 // False when the bracket is not wider than 1e-25: the test is negated so that a NaN
 // width, and one of exactly 1e-25, fail it too. a and b are then not formed; lo is set.
-inline bool splineInterval(const double* x, int n, double v, SplineInterval& s) noexcept {
+inline bool knotInterval(const double* x, int n, double v, KnotInterval& s) noexcept {
     const KnotBracket bracket = knotBracket(x, n, v);
     s.lo = bracket.lo;
     s.hi = bracket.hi;

@@ -3,6 +3,7 @@
 #include "frame/allocator.h"
 #include "frame/constants.h"
 #include "interpolation/knot_bracket.h"
+#include "interpolation/spline_interval.h"
 #include "qal/qal.h"
 
 namespace {
@@ -66,13 +67,12 @@ int QAL_Splines(const double* x, const double* y, int n, double slopeFirst, doub
 int QAL_CubicSplineInterpolation(const double* x, const double* y, const double* y2, int n, double xValue,
                                  double* yOut) {
     if (qal::detail::refusesSplineKnots(x, y, y2, n) || !yOut) return QAL_ERR_PARAMETER;
-    qal::detail::SplineInterval s{};
-    if (!qal::detail::splineInterval(x, n, xValue, s)) {
-        *yOut = y[s.lo];
+    const auto [lo, hi] = qal::detail::knotBracket(x, n, xValue);
+    const qal::detail::SplineInterval interval = qal::detail::splineInterval(x, y, y2, lo, hi);
+    if (interval.hasZeroWidth()) {
+        *yOut = y[lo];
         return QAL_ERR_ZERO_DIVISION;
     }
-    const double cubic = ((s.b * s.b) * s.b - s.b) * y2[s.hi] + ((s.a * s.a) * s.a - s.a) * y2[s.lo];
-    // Scaled by h * h first, then divided by 6.0.
-    *yOut = cubic * (s.h * s.h) / 6.0 + (s.b * y[s.hi] + s.a * y[s.lo]);
+    interval.valueAt(xValue, *yOut);
     return QAL_OK;
 }

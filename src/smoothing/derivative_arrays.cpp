@@ -118,8 +118,8 @@ private:
 // QAL_CubicSplineInterpolation writes y[lo] at a zero-wide bracket, this writes 1e15.
 int QAL_FirstDerivative(const double* x, const double* y, const double* y2, int n, double xValue, double* deriv) {
     if (qal::detail::refusesSplineKnots(x, y, y2, n) || !deriv) return QAL_ERR_PARAMETER;
-    qal::detail::SplineInterval s{};
-    if (!qal::detail::splineInterval(x, n, xValue, s)) {
+    qal::detail::KnotInterval s{};
+    if (!qal::detail::knotInterval(x, n, xValue, s)) {
         *deriv = qal::detail::kZeroDivisorSubstitute;
         return QAL_ERR_ZERO_DIVISION;
     }
@@ -132,8 +132,8 @@ int QAL_FirstDerivative(const double* x, const double* y, const double* y2, int 
 // y is tested like the other arrays although the value does not read it.
 int QAL_SecondDerivative(const double* x, const double* y, const double* y2, int n, double xValue, double* deriv2) {
     if (qal::detail::refusesSplineKnots(x, y, y2, n) || !deriv2) return QAL_ERR_PARAMETER;
-    qal::detail::SplineInterval s{};
-    if (!qal::detail::splineInterval(x, n, xValue, s)) {
+    qal::detail::KnotInterval s{};
+    if (!qal::detail::knotInterval(x, n, xValue, s)) {
         *deriv2 = qal::detail::kZeroDivisorSubstitute;
         return QAL_ERR_ZERO_DIVISION;
     }
