@@ -1,3 +1,5 @@
+#include <cstdint>
+
 #include "frame/allocator.h"
 #include "qal/qal.h"
 #include "smoothing/filter_step.h"
@@ -17,9 +19,24 @@ int clampedIndex(int index, int n) noexcept {
     return index;
 }
 
+// True when out[from..to] holds none of the samples that these outputs read,
+// in[from - half .. to + half] cut to the data. Only then may outputs be formed several at
+// a time; any overlap, in == out among others, takes the samples one at a time, each
+// stored before the next is read. Addresses compare as integers: the arrays may be
+// unrelated.
+template <class T>
+bool writesNoSampleRead(const T* in, const T* out, int n, int from, int to, int half) noexcept {
+    const int firstRead = from > half ? from - half : 0;
+    const int lastRead = to < n - 1 - half ? to + half : n - 1;
+    const auto address = [](const T* p) { return reinterpret_cast<std::uintptr_t>(p); };
+    return address(out + to + 1) <= address(in + firstRead) || address(in + lastRead + 1) <= address(out + from);
+}
+
 // Both filters: the argument tests in their order, one allocation for the weights, then
-// the samples first..last in ascending order, each stored before the next one is formed
-// (which is what lets in == out read filtered values on the left).
+// the samples first..last: in ascending order, each stored before the next one is formed,
+// wherever out overlaps what they read (which is what lets in == out read filtered values
+// on the left); from two separate arrays the interior samples come several at a time,
+// with the same bits.
 // Boundary rules of the range:
 //   first or last below 0          taken as 0
 //   first or last above n - 1      taken as n - 1 (so first = 100, last = 200, n = 10
@@ -42,7 +59,11 @@ int filterArray(const T* in, T* out, int n, int first, int last, int kind, int w
     if (status != QAL_OK) return status;
 
     const int half = (width - 1) / 2;
-    for (int i = from; i <= to; ++i) out[i] = static_cast<T>(qal::detail::filteredSample(in, n, i, coef.get(), half));
+    if (writesNoSampleRead(in, out, n, from, to, half)) {
+        qal::detail::filterSeparateArrays(in, out, n, from, to, coef.get(), half);
+    } else {
+        qal::detail::filterOneAtATime(in, out, n, from, to, coef.get(), half);
+    }
     return QAL_OK;
 }
 

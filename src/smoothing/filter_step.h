@@ -33,6 +33,22 @@ double filteredSample(const T* in, int n, int i, const double* coef, int half) n
     return value;
 }
 
+// Samples from..to in ascending order, each stored before the next one is formed: with
+// in == out the left taps then read filtered values.
+template <class T>
+void filterOneAtATime(const T* in, T* out, int n, int from, int to, const double* coef, int half) noexcept {
+    for (int i = from; i <= to; ++i) out[i] = static_cast<T>(filteredSample(in, n, i, coef, half));
+}
+
+// Samples from..to of two arrays that share no element between out[from..to] and the
+// samples these outputs read: the order of the stores can then change nothing, and the
+// samples whose taps all lie inside the data are formed several at a time, at the active
+// instruction set, each exactly as filteredSample forms it.
+void filterSeparateArrays(const double* in, double* out, int n, int from, int to, const double* coef,
+                          int half) noexcept;
+void filterSeparateArrays(const float* in, float* out, int n, int from, int to, const double* coef,
+                          int half) noexcept;
+
 }  // namespace qal::detail
 
 #endif  // QAL_SRC_SMOOTHING_FILTER_STEP_H
