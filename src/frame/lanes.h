@@ -17,6 +17,14 @@
 
 #include "frame/cpu_dispatch.h"
 
+// Also for arithmetic shared between the scalar path and the lanes, written once as a
+// template on the value type (double or Doubles<W>).
+#if defined(__GNUC__) || defined(__clang__)
+#define QAL_LANE_KERNEL inline __attribute__((always_inline))
+#else
+#define QAL_LANE_KERNEL inline
+#endif
+
 #if QAL_X86_LANES
 
 #include <cstring>
@@ -24,7 +32,6 @@
 #define QAL_TARGET_SSE2 __attribute__((target("sse2")))
 #define QAL_TARGET_AVX2 __attribute__((target("avx2")))
 #define QAL_TARGET_AVX512 __attribute__((target("avx512f")))
-#define QAL_LANE_KERNEL inline __attribute__((always_inline))
 
 namespace qal::detail::lanes {
 

@@ -1,5 +1,11 @@
+#include <cstdint>
+#include <limits>
+
 #include "frame/allocator.h"
 #include "frame/constants.h"
+#include "interpolation/knot_bracket.h"
+#include "interpolation/resampling_lanes.h"
+#include "interpolation/spline_interval.h"
 #include "qal/qal.h"
 
 namespace {
@@ -113,7 +119,103 @@ public:
         return QAL_OK;
     }
 
+    // QAL_InterpolFloatArrays' loop over xNew[0..nNew-1], each widened as it is read: the
+    // value of each point whose call gives QAL_OK into yNew, `results` as the work array for
+    // the rest. Returns the last point's status.
+    template <class Abscissa>
+    int resample(const Abscissa* xNew, float* yNew, double* results, int nNew) noexcept {
+        const bool cells = formsCells();
+        int status = QAL_OK;
+        int i = 0;
+        while (i < nNew) {
+            const double v = static_cast<double>(xNew[i]);
+            if (cells && (inCell(v) || enterCell(v))) {
+                yNew[i] = static_cast<float>(cellValue(v));
+                status = QAL_OK;
+                i = continueInCell(xNew, yNew, i + 1, nNew);
+                continue;
+            }
+            status = valueAt(v, &results[i]);
+            if (status == QAL_OK) yNew[i] = static_cast<float>(results[i]);
+            ++i;
+        }
+        return status;
+    }
+
 private:
+    // Cells. Between two neighbouring knots of strictly ascending data, x[k] < v < x[k+1],
+    // every comparison that QAL_LocateValue and the knot bracket make on v comes out alike
+    // for every such v, since no knot lies between: the location (status QAL_OK and its
+    // index, wherever the bisection stops) and the bracket (k, k + 1) belong to the cell,
+    // and so do the cubic of option 4 and the line of option 5 made from them. A cell is
+    // made at its first point and kept while the points stay in it; the rest go the way of
+    // their own call.
+    // Boundary rules:
+    //   knots not strictly ascending (equal, NaN)  no cells in the whole call
+    //   v on a knot, at or beyond an end, or NaN   no cell: the point's own call
+    //   spline interval width not above 1e-25      no cell (the call gives QAL_ERR_ZERO_DIVISION)
+    //   option 4 without its table (n > 10000, no memory)  no cell (the call gives the status)
+    bool formsCells() const noexcept {
+        if ((option_ != QAL_INTERPOL_SPLINE && option_ != QAL_INTERPOL_SEGMENT) || n_ < 2) return false;
+        for (int i = 0; i + 1 < n_; ++i) {
+            if (!(x_[i] < x_[i + 1])) return false;  // a NaN fails it too
+        }
+        return true;
+    }
+
+    // The open interval: a NaN v, and the NaN bounds before the first cell, compare false.
+    bool inCell(double v) const noexcept { return cellLower_ < v && v < cellUpper_; }
+
+    bool enterCell(double v) noexcept {
+        const double* x = x_;
+        const int n = n_;
+        if (!(x[0] < v && v < x[n - 1])) return false;
+        if (option_ == QAL_INTERPOL_SPLINE && prepare() != QAL_OK) return false;
+        // Usually the next cell; else the bracket, whose lower knot on strictly ascending
+        // knots is the last one at or below v.
+        int lo = cellLo_ + 1;
+        if (!(cellLo_ >= 0 && lo < n - 1 && x[lo] <= v && v < x[lo + 1])) lo = qal::detail::knotBracket(x, n, v).lo;
+        if (!(x[lo] < v)) return false;  // on a knot, where the bisection may stop
+        if (option_ == QAL_INTERPOL_SPLINE) {
+            const qal::detail::SplineInterval interval = qal::detail::splineInterval(x, y_, table_, lo, lo + 1);
+            if (interval.hasZeroWidth()) return false;
+            spline_ = interval;
+        } else {
+            int index = 0;
+            QAL_LocateValue(v, x, n, &index);  // QAL_OK inside the ends
+            lineOnLast_ = index >= n - 1;
+            if (lineOnLast_) {
+                lastValue_ = y_[index];
+            } else {
+                QAL_LinFit(x + index, y_ + index, 2, &line_.intercept, &line_.slope);
+            }
+        }
+        cellLo_ = lo;
+        cellLower_ = x[lo];
+        cellUpper_ = x[lo + 1];
+        return true;
+    }
+
+    double cellValue(double v) const noexcept {
+        double value = lastValue_;
+        if (option_ == QAL_INTERPOL_SPLINE) {
+            spline_.valueAt(v, value);
+        } else if (!lineOnLast_) {
+            line_.valueAt(v, value);
+        }
+        return value;
+    }
+
+    // The points from `from` on that stay in the cell, in lanes; returns the first one left.
+    template <class Abscissa>
+    int continueInCell(const Abscissa* xNew, float* yNew, int from, int nNew) const noexcept {
+        if (option_ == QAL_INTERPOL_SPLINE) {
+            return qal::detail::resampleInCell(spline_, cellLower_, cellUpper_, xNew, yNew, from, nNew);
+        }
+        if (lineOnLast_) return from;
+        return qal::detail::resampleInCell(line_, cellLower_, cellUpper_, xNew, yNew, from, nNew);
+    }
+
     // The option a value acts as: the named ones stand for themselves, 15 acts as the
     // midpoint, and every other value (below 0 and above 15 too) as the line.
     static int actingOption(int option) noexcept {
@@ -183,6 +285,14 @@ private:
     int status_ = QAL_OK;
     double intercept_ = 0.0;
     double slope_ = 0.0;
+    // The cell in use: x[cellLo_] and x[cellLo_ + 1], and what the option made of it.
+    int cellLo_ = -1;
+    double cellLower_ = std::numeric_limits<double>::quiet_NaN();
+    double cellUpper_ = std::numeric_limits<double>::quiet_NaN();
+    qal::detail::SplineInterval spline_{};
+    qal::detail::LineSegment line_{};
+    bool lineOnLast_ = false;  // the located index is n - 1: its ordinate, no line
+    double lastValue_ = 0.0;
 };
 
 }  // namespace
@@ -194,9 +304,9 @@ int QAL_Interpol(double* yOut, double xValue, const double* x, const double* y, 
     return resampler.valueAt(xValue, yOut);
 }
 
-// Exactly one QAL_Interpol call per new abscissa on the widened curve, without a table:
-// the curve's share of the work is made once (see Resampler). A point that is refused
-// keeps what the caller put in yNew.
+// Exactly one QAL_Interpol outcome per new abscissa on the widened curve, without a table:
+// the curve's share of the work is made once, and at options 4 and 5 that of each cell of
+// the knots (see Resampler). A point that is refused keeps what the caller put in yNew.
 int QAL_InterpolFloatArrays(const float* x, const float* y, int n, const float* xNew, float* yNew, int nNew,
                             int option) {
     if ((n > 0 && (!x || !y)) || (nNew > 0 && (!xNew || !yNew))) return QAL_ERR_PARAMETER;
@@ -210,19 +320,21 @@ int QAL_InterpolFloatArrays(const float* x, const float* y, int n, const float* 
     qal::detail::WorkArray<double> results(nNew);
     if (!results) return QAL_ERR_MEMORY;
 
-    for (int i = 0; i < nNew; ++i) xNewWide[i] = static_cast<double>(xNew[i]);
     for (int i = 0; i < n; ++i) {
         xWide[i] = static_cast<double>(x[i]);
         yWide[i] = static_cast<double>(y[i]);
     }
-
     Resampler resampler(xWide.get(), yWide.get(), n, option, nullptr);
-    int status = QAL_OK;
-    for (int i = 0; i < nNew; ++i) {
-        status = resampler.valueAt(xNewWide[i], &results[i]);
-        if (status == QAL_OK) yNew[i] = static_cast<float>(results[i]);
+
+    // Every new abscissa is read before the first result is stored. Where yNew shares no
+    // element with xNew, reading each in its turn gives the same; addresses compare as
+    // integers, since the arrays may be unrelated.
+    const auto address = [](const float* p) { return reinterpret_cast<std::uintptr_t>(p); };
+    if (address(yNew + nNew) <= address(xNew) || address(xNew + nNew) <= address(yNew)) {
+        return resampler.resample(xNew, yNew, results.get(), nNew);
     }
-    return status;
+    for (int i = 0; i < nNew; ++i) xNewWide[i] = static_cast<double>(xNew[i]);
+    return resampler.resample(xNewWide.get(), yNew, results.get(), nNew);
 }
 
 // Both tests strict, in float: a sample on a limit is inside, and a NaN on either side

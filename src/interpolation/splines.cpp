@@ -3,6 +3,7 @@
 #include "frame/allocator.h"
 #include "frame/constants.h"
 #include "interpolation/knot_bracket.h"
+#include "interpolation/spline_interval.h"
 #include "qal/qal.h"
 
 namespace {
@@ -72,16 +73,11 @@ int QAL_CubicSplineInterpolation(const double* x, const double* y, const double*
                                  double* yOut) {
     if (refusesKnots(x, y, y2, n) || !yOut) return QAL_ERR_PARAMETER;
     const auto [lo, hi] = qal::detail::knotBracket(x, n, xValue);
-    const double h = x[hi] - x[lo];
-    // Negated so that a NaN width, and one of exactly 1e-25, also end here.
-    if (!(std::fabs(h) > kNumericalZero)) {
+    const qal::detail::SplineInterval interval = qal::detail::splineInterval(x, y, y2, lo, hi);
+    if (interval.hasZeroWidth()) {
         *yOut = y[lo];
         return QAL_ERR_ZERO_DIVISION;
     }
-    const double a = (x[hi] - xValue) / h;
-    const double b = (xValue - x[lo]) / h;  // not 1.0 - a, which rounds differently
-    const double cubic = ((b * b) * b - b) * y2[hi] + ((a * a) * a - a) * y2[lo];
-    // Scaled by h * h first, then divided by 6.0.
-    *yOut = cubic * (h * h) / 6.0 + (b * y[hi] + a * y[lo]);
+    interval.valueAt(xValue, *yOut);
     return QAL_OK;
 }

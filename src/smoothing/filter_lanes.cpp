@@ -38,12 +38,13 @@ QAL_LANE_KERNEL void filterBlock(const T* in, T* out, int i, const double* coef,
     for (int k = 0; k < K; ++k) store<W>(out + i + k * W, value[k]);
 }
 
-// The interior samples from..to in blocks of kChains vectors, then single vectors; returns
-// the first sample left over (fewer than W).
-template <int W, class T>
+// The interior samples from..to in blocks of K vectors, then single vectors; returns the
+// first sample left over (fewer than W). K is as many chains as the level's registers hold
+// without spilling.
+template <int W, int K, class T>
 QAL_LANE_KERNEL int filterInteriorLanes(const T* in, T* out, int from, int to, const double* coef,
                                         int half) noexcept {
-    constexpr int kChains = 4;
+    constexpr int kChains = K;
     int i = from;
     for (; to - i >= kChains * W - 1; i += kChains * W) filterBlock<W, kChains>(in, out, i, coef, half);
     for (; to - i >= W - 1; i += W) filterBlock<W, 1>(in, out, i, coef, half);
@@ -52,16 +53,16 @@ QAL_LANE_KERNEL int filterInteriorLanes(const T* in, T* out, int from, int to, c
 
 template <class T>
 QAL_TARGET_SSE2 int filterInteriorSse2(const T* in, T* out, int from, int to, const double* coef, int half) noexcept {
-    return filterInteriorLanes<2>(in, out, from, to, coef, half);
+    return filterInteriorLanes<2, 4>(in, out, from, to, coef, half);
 }
 template <class T>
 QAL_TARGET_AVX2 int filterInteriorAvx2(const T* in, T* out, int from, int to, const double* coef, int half) noexcept {
-    return filterInteriorLanes<4>(in, out, from, to, coef, half);
+    return filterInteriorLanes<4, 6>(in, out, from, to, coef, half);
 }
 template <class T>
 QAL_TARGET_AVX512 int filterInteriorAvx512(const T* in, T* out, int from, int to, const double* coef,
                                            int half) noexcept {
-    return filterInteriorLanes<8>(in, out, from, to, coef, half);
+    return filterInteriorLanes<8, 8>(in, out, from, to, coef, half);
 }
 
 #endif  // QAL_X86_LANES
