@@ -55,15 +55,27 @@ QAL_LANE_KERNEL void magnitude(Doubles<W>& lanes, const Doubles<W>& of) noexcept
     lanes = reinterpret_cast<Doubles<W>>(reinterpret_cast<Mask<W>>(of) & std::uint64_t{0x7FFFFFFFFFFFFFFF});
 }
 
-// Bit k set where lane k of a comparison's result is set.
-template <int W>
-QAL_LANE_KERNEL std::uint32_t laneBits(const Mask<W>& mask) noexcept {
-    Mask<W> weights;
-    for (int k = 0; k < W; ++k) weights[k] = std::uint64_t{1} << k;
-    const Mask<W> weighted = mask & weights;
+// Bit 8 * s + k set where lane k of sets[s] is set: up to four sets of lanes gathered in
+// one reduction.
+template <int W, unsigned S>
+QAL_LANE_KERNEL std::uint32_t laneBits(const Mask<W> (&sets)[S]) noexcept {
+    static_assert(W <= 8 && S <= 4, "each set in a byte of its own");
+    Mask<W> weighted{};
+    for (unsigned s = 0; s < S; ++s) {
+        Mask<W> weights;
+        for (int k = 0; k < W; ++k) weights[k] = std::uint64_t{1} << (8 * s + static_cast<unsigned>(k));
+        weighted |= sets[s] & weights;
+    }
     std::uint64_t bits = 0;
     for (int k = 0; k < W; ++k) bits |= weighted[k];
     return static_cast<std::uint32_t>(bits);
+}
+
+// Bit k set where lane k of a comparison's result is set.
+template <int W>
+QAL_LANE_KERNEL std::uint32_t laneBits(const Mask<W>& mask) noexcept {
+    const Mask<W> sets[1] = {mask};
+    return laneBits<W, 1>(sets);
 }
 
 // ---- Extremum windows ----
@@ -147,11 +159,13 @@ QAL_LANE_KERNEL void judgeMeanLanes(const Doubles<W> (&mean)[6], double minHeigh
     // A NaN slope after the first step settles nothing: it is in neither set.
     const Mask<W> accepted = curved & QAL_HELD(d < kSlopeLevel) & (maximum | minimum);
 
-    const std::uint32_t acceptedBits = laneBits<W>(accepted);
-    const std::uint32_t unsettledBits = laneBits<W>(unsettled);
-    out.flat |= laneBits<W>(flat) << first;
+    const Mask<W> sets[4] = {flat, accepted, accepted & maximum, unsettled};
+    const std::uint32_t bits = laneBits<W, 4>(sets);
+    const std::uint32_t acceptedBits = bits >> 8 & 0xFFu;
+    const std::uint32_t unsettledBits = bits >> 24;
+    out.flat |= (bits & 0xFFu) << first;
     out.accepted |= acceptedBits << first;
-    out.maxima |= laneBits<W>(accepted & maximum) << first;
+    out.maxima |= (bits >> 16 & 0xFFu) << first;
     out.unsettled |= unsettledBits << first;
     if (acceptedBits != 0) {
         store<W>(out.vertexX + first, t);

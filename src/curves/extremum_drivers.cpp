@@ -40,6 +40,8 @@ struct Search {
     // Several windows may be judged ahead of the one in turn: the outputs do not lie in
     // the curve, so an improvement written to them cannot change a later window.
     bool lanes;
+    // The driver takes only windows of `kind`.
+    bool kindTested;
 };
 
 struct WindowResult {
@@ -76,11 +78,21 @@ WindowResult completeWindow(const Search& s, const WindowBlock& block, int j, in
     return r;
 }
 
+// The windows of a block that the lanes judged of another kind than the wanted one: a
+// driver that tests the kind skips them, flat windows (no kind) among them.
+std::uint32_t otherKinds(const Search& s, const WindowBlock& block) noexcept {
+    if (!s.kindTested) return 0;
+    if (s.kind == QAL_EXTREMUM_MAX) return block.flat | (block.accepted & ~block.maxima);
+    if (s.kind == QAL_EXTREMUM_MIN) return block.flat | (block.accepted & block.maxima);
+    return 0;
+}
+
 // Hands every window of `size` at start = first .. end - 1 that QAL_GetExtremum answers
 // with QAL_OK to visit(start, result), in ascending order, until visit returns true. The
 // other windows are skipped by every driver whatever their status, so they are not
-// reported. Whole blocks of neighbouring windows go to the lanes; the rest, and all
-// windows when the lanes are off, one at a time.
+// reported, nor are those of another kind when the driver tests it. Whole blocks of
+// neighbouring windows go to the lanes; the rest, and all windows when the lanes are off,
+// one at a time.
 template <class Visit>
 void forEachAcceptedWindow(const Search& s, int first, int end, int size, Visit visit) noexcept {
     const CurveLanes& lanes = curveLanes();
@@ -89,7 +101,8 @@ void forEachAcceptedWindow(const Search& s, int first, int end, int size, Visit 
         WindowBlock block;
         for (; end - start >= lanes.windowBlock; start += lanes.windowBlock) {
             lanes.judgeWindows(s.x + start, s.y + start, size, s.minHeightPercent, block);
-            for (std::uint32_t pending = block.flat | block.accepted | block.unsettled; pending != 0;
+            const std::uint32_t judged = block.flat | block.accepted | block.unsettled;
+            for (std::uint32_t pending = judged & ~otherKinds(s, block); pending != 0;
                  pending &= pending - 1) {
                 const int j = __builtin_ctz(pending);
                 const WindowResult w = completeWindow(s, block, j, start + j, size);
@@ -119,8 +132,8 @@ int rangePass(const Search& s, int n, int size, double& best, double* xOut, doub
 }
 
 Search searchOf(const double* x, const double* y, int n, const double* xOut, const double* yOut, int kind,
-                int useVertex, float minHeightPercent) noexcept {
-    return {x, y, kind, useVertex, minHeightPercent, outputsApart(x, y, n, xOut, yOut)};
+                int useVertex, float minHeightPercent, bool kindTested) noexcept {
+    return {x, y, kind, useVertex, minHeightPercent, outputsApart(x, y, n, xOut, yOut), kindTested};
 }
 
 }  // namespace
@@ -158,7 +171,7 @@ int QAL_GetNextExtremum(const double* x, const double* y, int n, double* xOut, d
     if (size > n) return QAL_ERR_OUT_OF_RANGE;
 
     int status = QAL_ERR_NOT_FOUND;
-    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent);
+    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent, true);
     forEachAcceptedWindow(s, 0, n - size, size, [&](int, const WindowResult& w) {
         if (w.kind != kind || !improves(kind, w.y, sentinel)) return false;
         *yOut = w.y;
@@ -175,7 +188,7 @@ int QAL_GetRangeExtremum(const double* x, const double* y, int n, double* xOut, 
     double best = sentinelFor(kind);
     *yOut = best;
     *xOut = x[0];
-    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent);
+    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent, true);
     return rangePass(s, n, qal::detail::extremumWindowSize(window, n), best, xOut, yOut, QAL_ERR_NOT_FOUND);
 }
 
@@ -185,7 +198,7 @@ int QAL_GetAutoRangeExtremum(const double* x, const double* y, int n, double* xO
     double best = sentinelFor(kind);
     *yOut = best;
     *xOut = x[0];
-    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent);
+    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent, true);
     // The first pass is always made; a pass that finds something runs to its end and ends
     // the search, so wider windows are tried only after a pass without a hit. Doubling
     // keeps the size a multiple of 3; it is done in 64 bits, where it cannot overflow.
@@ -207,7 +220,7 @@ int QAL_GetAutoExtremum(const double* x, const double* y, int n, double* xOut, d
 
     // No kind test here, unlike the other drivers: any accepted window whose ordinate
     // improves is taken, a flat window (0.0, 0.0) included.
-    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent);
+    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent, false);
     double best = sentinelFor(kind);
     int bestStart = 0;
     forEachAcceptedWindow(s, 0, n - coarse, coarse, [&](int start, const WindowResult& w) {
