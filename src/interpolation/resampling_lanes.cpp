@@ -8,9 +8,6 @@
 
 namespace {
 
-using qal::detail::LineSegment;
-using qal::detail::SplineInterval;
-
 #if QAL_X86_LANES
 
 // Per level: W abscissae widened to double (exact), the test that every lane lies strictly
@@ -90,13 +87,16 @@ QAL_TARGET_AVX512 int resampleAvx512(const Cell& cell, double lower, double uppe
 
 #endif  // QAL_X86_LANES
 
+}  // namespace
+
+namespace qal::detail {
+
 template <class Cell, class Abscissa>
-int resampleAtActiveLevel([[maybe_unused]] const Cell& cell, [[maybe_unused]] double lower,
-                          [[maybe_unused]] double upper, [[maybe_unused]] const Abscissa* xNew,
-                          [[maybe_unused]] float* yNew, int from, [[maybe_unused]] int to) noexcept {
+int resampleInCell([[maybe_unused]] const Cell& cell, [[maybe_unused]] double lower, [[maybe_unused]] double upper,
+                   [[maybe_unused]] const Abscissa* xNew, [[maybe_unused]] float* yNew, int from,
+                   [[maybe_unused]] int to) noexcept {
 #if QAL_X86_LANES
-    using qal::detail::InstructionSet;
-    switch (qal::detail::activeInstructionSet()) {
+    switch (activeInstructionSet()) {
         case InstructionSet::kAvx512:
             return resampleAvx512(cell, lower, upper, xNew, yNew, from, to);
         case InstructionSet::kAvx2:
@@ -110,25 +110,9 @@ int resampleAtActiveLevel([[maybe_unused]] const Cell& cell, [[maybe_unused]] do
     return from;
 }
 
-}  // namespace
-
-namespace qal::detail {
-
-int resampleInCell(const SplineInterval& cell, double lower, double upper, const float* xNew, float* yNew, int from,
-                   int to) noexcept {
-    return resampleAtActiveLevel(cell, lower, upper, xNew, yNew, from, to);
-}
-int resampleInCell(const SplineInterval& cell, double lower, double upper, const double* xNew, float* yNew, int from,
-                   int to) noexcept {
-    return resampleAtActiveLevel(cell, lower, upper, xNew, yNew, from, to);
-}
-int resampleInCell(const LineSegment& cell, double lower, double upper, const float* xNew, float* yNew, int from,
-                   int to) noexcept {
-    return resampleAtActiveLevel(cell, lower, upper, xNew, yNew, from, to);
-}
-int resampleInCell(const LineSegment& cell, double lower, double upper, const double* xNew, float* yNew, int from,
-                   int to) noexcept {
-    return resampleAtActiveLevel(cell, lower, upper, xNew, yNew, from, to);
-}
+template int resampleInCell(const SplineInterval&, double, double, const float*, float*, int, int) noexcept;
+template int resampleInCell(const SplineInterval&, double, double, const double*, float*, int, int) noexcept;
+template int resampleInCell(const LineSegment&, double, double, const float*, float*, int, int) noexcept;
+template int resampleInCell(const LineSegment&, double, double, const double*, float*, int, int) noexcept;
 
 }  // namespace qal::detail

@@ -21,14 +21,10 @@ struct LineSegment {
 // The points from, from + 1, ... below `to` of xNew, a vector of them at a time while every
 // lane lies strictly between lower and upper: each lane's value as `cell` forms it, rounded
 // once to float into yNew. Returns the first point not done, which is `from` at the scalar
-// level and when fewer points than one vector remain.
-int resampleInCell(const SplineInterval& cell, double lower, double upper, const float* xNew, float* yNew, int from,
-                   int to) noexcept;
-int resampleInCell(const SplineInterval& cell, double lower, double upper, const double* xNew, float* yNew, int from,
-                   int to) noexcept;
-int resampleInCell(const LineSegment& cell, double lower, double upper, const float* xNew, float* yNew, int from,
-                   int to) noexcept;
-int resampleInCell(const LineSegment& cell, double lower, double upper, const double* xNew, float* yNew, int from,
+// level and when fewer points than one vector remain. Made for SplineInterval and
+// LineSegment cells, on float and on double abscissae.
+template <class Cell, class Abscissa>
+int resampleInCell(const Cell& cell, double lower, double upper, const Abscissa* xNew, float* yNew, int from,
                    int to) noexcept;
 
 }  // namespace qal::detail
