@@ -12,6 +12,12 @@
 // The helpers take vectors by reference and return none by value: a vector returned by
 // value from a function of baseline x86-64 would be passed differently from one of a
 // target function.
+//
+// Comparisons of these vectors work, but GCC 12 turns an 8-lane comparison into one
+// comparison per lane (AVX-512F alone has no mask-to-vector move), and the 8-lane float
+// widening into two halves. Where that matters, an entry writes those steps with its
+// level's intrinsics and keeps only the arithmetic shared (see
+// interpolation/resampling_lanes.cpp).
 #ifndef QAL_SRC_FRAME_LANES_H
 #define QAL_SRC_FRAME_LANES_H
 
@@ -83,16 +89,6 @@ template <int W>
 QAL_LANE_KERNEL void store(float* to, const Doubles<W>& lanes) noexcept {
     const Floats<W> narrow = __builtin_convertvector(lanes, Floats<W>);
     std::memcpy(to, &narrow, sizeof narrow);
-}
-
-// True when every lane of a comparison's result is set (a NaN lane compares false).
-template <class Mask>
-QAL_LANE_KERNEL bool everyLane(const Mask& mask) noexcept {
-    constexpr int kLanes = static_cast<int>(sizeof mask / sizeof mask[0]);
-    for (int k = 0; k < kLanes; ++k) {
-        if (!mask[k]) return false;
-    }
-    return true;
 }
 
 }  // namespace qal::detail::lanes
