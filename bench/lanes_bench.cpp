@@ -7,7 +7,8 @@
 // the fastest repetition of each; run with --benchmark_repetitions=5 on a quiet machine.
 //
 // To add a workload: append a Workload to workloads() with its plain loop, its library
-// call and the comparison of their outputs.
+// call and the comparison of their outputs; a family with several may keep them in a file
+// of its own, as curve_lanes_bench.cpp does (lane_workload.h).
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -17,20 +18,17 @@
 #include <limits>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "lane_workload.h"
 #include "qal/qal.h"
 
 namespace {
 
-struct Workload {
-    std::string name;
-    double must, aim;  // the ratios to hold and to reach
-    std::function<void()> plain, library;
-    std::function<bool()> sameBits;  // after one run of each
-};
+using Workload = qal::bench::LaneWorkload;
 
 template <class T>
 bool sameBits(const std::vector<T>& a, const std::vector<T>& b) {
@@ -175,12 +173,16 @@ Workload splineWorkload() {
 }
 
 std::vector<Workload>& workloads() {
-    static std::vector<Workload> all = {
-        filterWorkload(7, 0.40, 0.15),
-        filterWorkload(51, 0.15, 0.12),
-        filterWorkload(299, 0.10, 0.08),
-        splineWorkload(),
-    };
+    static std::vector<Workload> all = [] {
+        std::vector<Workload> list = {
+            filterWorkload(7, 0.40, 0.15),
+            filterWorkload(51, 0.15, 0.12),
+            filterWorkload(299, 0.10, 0.08),
+            splineWorkload(),
+        };
+        for (Workload& w : qal::bench::curveLaneWorkloads()) list.push_back(std::move(w));
+        return list;
+    }();
     return all;
 }
 

@@ -1,17 +1,15 @@
 #include <cmath>
 
+#include "curves/mean_points.h"
 #include "frame/constants.h"
 #include "qal/qal.h"
 
 namespace {
 
+using qal::detail::kMaxNewtonSteps;
 using qal::detail::kNoValue;
 using qal::detail::kNumericalZero;
-
-// Level of the slope and curvature tests; slopes are compared with +kSlopeLevel on
-// both sides, not with a band around zero.
-constexpr double kSlopeLevel = 1e-6;
-constexpr int kMaxNewtonSteps = 40;
+using qal::detail::kSlopeLevel;
 
 // The parabola through the three mean points, kept in Lagrange form throughout: it is
 // never expanded into powers of t, which would round differently.
@@ -32,12 +30,8 @@ struct MeanParabola {
     }
 };
 
-struct MeanPoint {
-    double x, y;
-};
-
 // Mean of samples [first, first + count), each coordinate summed in index order from 0.0.
-MeanPoint meanOf(const double* x, const double* y, int first, int count) noexcept {
+void meanOf(const double* x, const double* y, int first, int count, double& meanX, double& meanY) noexcept {
     double sumX = 0.0;
     double sumY = 0.0;
     for (int i = first; i < first + count; ++i) {
@@ -45,7 +39,8 @@ MeanPoint meanOf(const double* x, const double* y, int first, int count) noexcep
         sumY += y[i];
     }
     const double divisor = static_cast<double>(count);
-    return {sumX / divisor, sumY / divisor};
+    meanX = sumX / divisor;
+    meanY = sumY / divisor;
 }
 
 // The four tests of a maximum (mirrored for a minimum), every one strict: curvature
@@ -63,38 +58,30 @@ bool acceptsMinimum(double curvature, double y1, double y2, double y3, double he
 
 }  // namespace
 
-// Ways out, with what stands in the outputs:
-//   n not a positive multiple of 3       -> QAL_ERR_PARAMETER      0.0, 0.0
-//   two mean abscissae closer than 1e-25 -> QAL_ERR_ZERO_DIVISION  0.0, 0.0
-//   outer slopes not across +1e-6        -> QAL_ERR_NOT_FOUND      0.0, 0.0
-//   |curvature| <= 1e-6 (flat)           -> QAL_OK                 0.0, 0.0, no kind
-//   Newton steps do not settle           -> QAL_ERR_NOT_FOUND      0.0, 0.0
-//   vertex not accepted                  -> QAL_ERR_NOT_FOUND      the vertex
-//   accepted                             -> QAL_OK                 vertex or first extreme sample, kind
-// A NaN sample makes every slope NaN, so it ends at the slope test.
-int QAL_GetExtremum(const double* x, const double* y, int n, double* xOut, double* yOut, int* kindOut,
-                    int useVertex, float minHeightPercent) {
-    *yOut = 0.0;
-    *xOut = 0.0;
-    const int third = n / 3;
-    if (n % 3 != 0 || n < 3) return QAL_ERR_PARAMETER;
+namespace qal::detail {
 
-    const MeanPoint m1 = meanOf(x, y, 0, third);
-    const MeanPoint m2 = meanOf(x, y, third, third);
-    const MeanPoint m3 = meanOf(x, y, 2 * third, third);
+MeanPoints meanPoints(const double* x, const double* y, int third) noexcept {
+    MeanPoints m{};
+    meanOf(x, y, 0, third, m.x1, m.y1);
+    meanOf(x, y, third, third, m.x2, m.y2);
+    meanOf(x, y, 2 * third, third, m.x3, m.y3);
+    return m;
+}
 
+int judgeMeanPoints(const MeanPoints& m, const double* x, const double* y, int n, double* xOut, double* yOut,
+                    int* kindOut, int useVertex, float minHeightPercent) noexcept {
     // Written as `limit > distance` so that a NaN distance passes, and exactly 1e-25 too.
-    if (kNumericalZero > std::fabs(m1.x - m2.x) || kNumericalZero > std::fabs(m1.x - m3.x) ||
-        kNumericalZero > std::fabs(m2.x - m3.x)) {
+    if (kNumericalZero > std::fabs(m.x1 - m.x2) || kNumericalZero > std::fabs(m.x1 - m.x3) ||
+        kNumericalZero > std::fabs(m.x2 - m.x3)) {
         return QAL_ERR_ZERO_DIVISION;
     }
 
-    const MeanParabola p{m1.x,
-                         m2.x,
-                         m3.x,
-                         m1.y / ((m1.x - m3.x) * (m1.x - m2.x)),
-                         m2.y / ((m2.x - m3.x) * (m2.x - m1.x)),
-                         m3.y / ((m3.x - m2.x) * (m3.x - m1.x))};
+    const MeanParabola p{m.x1,
+                         m.x2,
+                         m.x3,
+                         m.y1 / ((m.x1 - m.x3) * (m.x1 - m.x2)),
+                         m.y2 / ((m.x2 - m.x3) * (m.x2 - m.x1)),
+                         m.y3 / ((m.x3 - m.x2) * (m.x3 - m.x1))};
 
     const double s1 = p.slope(p.x1);
     const double s3 = p.slope(p.x3);
@@ -122,28 +109,50 @@ int QAL_GetExtremum(const double* x, const double* y, int n, double* xOut, doubl
     *yOut = p.value(t);
 
     // The percentage is widened to double after |y2| / 100 has been formed.
-    const double height = std::fabs(m2.y) / 100.0 * static_cast<double>(minHeightPercent);
+    const double height = std::fabs(m.y2) / 100.0 * static_cast<double>(minHeightPercent);
     int kind;
-    if (acceptsMaximum(curvature, m1.y, m2.y, m3.y, height)) {
+    if (acceptsMaximum(curvature, m.y1, m.y2, m.y3, height)) {
         kind = QAL_EXTREMUM_MAX;
-    } else if (acceptsMinimum(curvature, m1.y, m2.y, m3.y, height)) {
+    } else if (acceptsMinimum(curvature, m.y1, m.y2, m.y3, height)) {
         kind = QAL_EXTREMUM_MIN;
     } else {
         return QAL_ERR_NOT_FOUND;
     }
 
-    if (useVertex == 0) {
-        // The extreme sample replaces the vertex, compared with what stands in *yOut: the
-        // first of equal samples wins and a NaN never does (strict tests), and the vertex
-        // abscissa stays when no sample beats the start value.
-        *yOut = kind == QAL_EXTREMUM_MAX ? -kNoValue : kNoValue;
-        for (int i = 0; i < n; ++i) {
-            if (kind == QAL_EXTREMUM_MAX ? y[i] > *yOut : y[i] < *yOut) {
-                *yOut = y[i];
-                *xOut = x[i];
-            }
-        }
-    }
+    if (useVertex == 0) takeExtremeSample(x, y, n, kind, xOut, yOut);
     *kindOut = kind;
     return QAL_OK;
+}
+
+// Compared with what stands in *yOut: the first of equal samples wins and a NaN never
+// does (strict tests), and the vertex abscissa stays when no sample beats the start value.
+void takeExtremeSample(const double* x, const double* y, int n, int kind, double* xOut, double* yOut) noexcept {
+    *yOut = kind == QAL_EXTREMUM_MAX ? -kNoValue : kNoValue;
+    for (int i = 0; i < n; ++i) {
+        if (kind == QAL_EXTREMUM_MAX ? y[i] > *yOut : y[i] < *yOut) {
+            *yOut = y[i];
+            *xOut = x[i];
+        }
+    }
+}
+
+}  // namespace qal::detail
+
+// Ways out, with what stands in the outputs:
+//   n not a positive multiple of 3       -> QAL_ERR_PARAMETER      0.0, 0.0
+//   two mean abscissae closer than 1e-25 -> QAL_ERR_ZERO_DIVISION  0.0, 0.0
+//   outer slopes not across +1e-6        -> QAL_ERR_NOT_FOUND      0.0, 0.0
+//   |curvature| <= 1e-6 (flat)           -> QAL_OK                 0.0, 0.0, no kind
+//   Newton steps do not settle           -> QAL_ERR_NOT_FOUND      0.0, 0.0
+//   vertex not accepted                  -> QAL_ERR_NOT_FOUND      the vertex
+//   accepted                             -> QAL_OK                 vertex or first extreme sample, kind
+// A NaN sample makes every slope NaN, so it ends at the slope test.
+int QAL_GetExtremum(const double* x, const double* y, int n, double* xOut, double* yOut, int* kindOut,
+                    int useVertex, float minHeightPercent) {
+    *yOut = 0.0;
+    *xOut = 0.0;
+    const int third = n / 3;
+    if (n % 3 != 0 || n < 3) return QAL_ERR_PARAMETER;
+    return qal::detail::judgeMeanPoints(qal::detail::meanPoints(x, y, third), x, y, n, xOut, yOut, kindOut,
+                                        useVertex, minHeightPercent);
 }

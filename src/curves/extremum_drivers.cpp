@@ -1,12 +1,21 @@
 #include <cstdint>
 
+#include "curves/curve_lanes.h"
 #include "curves/extremum_windows.h"
+#include "curves/mean_points.h"
 #include "frame/constants.h"
 #include "qal/qal.h"
 
 namespace {
 
+using qal::detail::CurveLanes;
+using qal::detail::curveLanes;
+using qal::detail::judgeMeanPoints;
 using qal::detail::kNoValue;
+using qal::detail::MeanPoints;
+using qal::detail::outputsApart;
+using qal::detail::takeExtremeSample;
+using qal::detail::WindowBlock;
 
 // No kind at all: what a window's kind variable holds until QAL_GetExtremum writes one.
 // QAL_GetExtremum leaves it there on its flat outcome (QAL_OK, 0.0, 0.0, no kind), so a
@@ -28,6 +37,11 @@ struct Search {
     int kind;
     int useVertex;
     float minHeightPercent;
+    // Several windows may be judged ahead of the one in turn: the outputs do not lie in
+    // the curve, so an improvement written to them cannot change a later window.
+    bool lanes;
+    // The driver takes only windows of `kind`.
+    bool kindTested;
 };
 
 struct WindowResult {
@@ -37,6 +51,7 @@ struct WindowResult {
     double y;
 };
 
+// One QAL_GetExtremum on the window at start.
 WindowResult judgeWindow(const Search& s, int start, int size) noexcept {
     WindowResult r{QAL_OK, kNoKind, 0.0, 0.0};
     r.status = QAL_GetExtremum(s.x + start, s.y + start, size, &r.x, &r.y, &r.kind, s.useVertex,
@@ -44,20 +59,81 @@ WindowResult judgeWindow(const Search& s, int start, int size) noexcept {
     return r;
 }
 
+// What the lanes decided for window j of a block at start, completed one at a time where
+// they left it: the further Newton steps from the mean points, or the extreme sample.
+WindowResult completeWindow(const Search& s, const WindowBlock& block, int j, int start, int size) noexcept {
+    WindowResult r{QAL_OK, kNoKind, 0.0, 0.0};
+    const double* const x = s.x + start;
+    const double* const y = s.y + start;
+    if ((block.unsettled >> j & 1u) != 0) {
+        const MeanPoints m{block.means[0][j], block.means[1][j], block.means[2][j],
+                           block.means[3][j], block.means[4][j], block.means[5][j]};
+        r.status = judgeMeanPoints(m, x, y, size, &r.x, &r.y, &r.kind, s.useVertex, s.minHeightPercent);
+    } else if ((block.accepted >> j & 1u) != 0) {
+        r.kind = (block.maxima >> j & 1u) != 0 ? QAL_EXTREMUM_MAX : QAL_EXTREMUM_MIN;
+        r.x = block.vertexX[j];
+        r.y = block.vertexY[j];
+        if (s.useVertex == 0) takeExtremeSample(x, y, size, r.kind, &r.x, &r.y);
+    }
+    return r;
+}
+
+// The windows of a block that the lanes judged of another kind than the wanted one: a
+// driver that tests the kind skips them, flat windows (no kind) among them.
+std::uint32_t otherKinds(const Search& s, const WindowBlock& block) noexcept {
+    if (!s.kindTested) return 0;
+    if (s.kind == QAL_EXTREMUM_MAX) return block.flat | (block.accepted & ~block.maxima);
+    if (s.kind == QAL_EXTREMUM_MIN) return block.flat | (block.accepted & block.maxima);
+    return 0;
+}
+
+// Hands every window of `size` at start = first .. end - 1 that QAL_GetExtremum answers
+// with QAL_OK to visit(start, result), in ascending order, until visit returns true. The
+// other windows are skipped by every driver whatever their status, so they are not
+// reported, nor are those of another kind when the driver tests it. Whole blocks of
+// neighbouring windows go to the lanes; the rest, and all windows when the lanes are off,
+// one at a time.
+template <class Visit>
+void forEachAcceptedWindow(const Search& s, int first, int end, int size, Visit visit) noexcept {
+    const CurveLanes& lanes = curveLanes();
+    int start = first;
+    if (s.lanes && lanes.judgeWindows != nullptr) {
+        WindowBlock block;
+        for (; end - start >= lanes.windowBlock; start += lanes.windowBlock) {
+            lanes.judgeWindows(s.x + start, s.y + start, size, s.minHeightPercent, block);
+            const std::uint32_t judged = block.flat | block.accepted | block.unsettled;
+            for (std::uint32_t pending = judged & ~otherKinds(s, block); pending != 0;
+                 pending &= pending - 1) {
+                const int j = __builtin_ctz(pending);
+                const WindowResult w = completeWindow(s, block, j, start + j, size);
+                if (w.status == QAL_OK && visit(start + j, w)) return;
+            }
+        }
+    }
+    for (; start < end; ++start) {
+        const WindowResult w = judgeWindow(s, start, size);
+        if (w.status == QAL_OK && visit(start, w)) return;
+    }
+}
+
 // One pass of windows of `size` over the curve, keeping the best window of the wanted
 // kind in best/xOut/yOut; returns QAL_OK if any window improved, else `status`.
 int rangePass(const Search& s, int n, int size, double& best, double* xOut, double* yOut, int status) noexcept {
-    const int windowCount = n - size;
-    for (int start = 0; start < windowCount; ++start) {
-        const WindowResult w = judgeWindow(s, start, size);
-        if (w.status == QAL_OK && w.kind == s.kind && improves(s.kind, w.y, best)) {
+    forEachAcceptedWindow(s, 0, n - size, size, [&](int, const WindowResult& w) {
+        if (w.kind == s.kind && improves(s.kind, w.y, best)) {
             best = w.y;
             *yOut = w.y;
             *xOut = w.x;
             status = QAL_OK;
         }
-    }
+        return false;
+    });
     return status;
+}
+
+Search searchOf(const double* x, const double* y, int n, const double* xOut, const double* yOut, int kind,
+                int useVertex, float minHeightPercent, bool kindTested) noexcept {
+    return {x, y, kind, useVertex, minHeightPercent, outputsApart(x, y, n, xOut, yOut), kindTested};
 }
 
 }  // namespace
@@ -94,17 +170,16 @@ int QAL_GetNextExtremum(const double* x, const double* y, int n, double* xOut, d
     // Only a negative request of large magnitude gets here.
     if (size > n) return QAL_ERR_OUT_OF_RANGE;
 
-    const Search s{x, y, kind, useVertex, minHeightPercent};
-    const int windowCount = n - size;
-    for (int start = 0; start < windowCount; ++start) {
-        const WindowResult w = judgeWindow(s, start, size);
-        if (w.status == QAL_OK && w.kind == kind && improves(kind, w.y, sentinel)) {
-            *yOut = w.y;
-            *xOut = w.x;
-            return QAL_OK;
-        }
-    }
-    return QAL_ERR_NOT_FOUND;
+    int status = QAL_ERR_NOT_FOUND;
+    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent, true);
+    forEachAcceptedWindow(s, 0, n - size, size, [&](int, const WindowResult& w) {
+        if (w.kind != kind || !improves(kind, w.y, sentinel)) return false;
+        *yOut = w.y;
+        *xOut = w.x;
+        status = QAL_OK;
+        return true;
+    });
+    return status;
 }
 
 int QAL_GetRangeExtremum(const double* x, const double* y, int n, double* xOut, double* yOut, int window,
@@ -113,7 +188,7 @@ int QAL_GetRangeExtremum(const double* x, const double* y, int n, double* xOut, 
     double best = sentinelFor(kind);
     *yOut = best;
     *xOut = x[0];
-    const Search s{x, y, kind, useVertex, minHeightPercent};
+    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent, true);
     return rangePass(s, n, qal::detail::extremumWindowSize(window, n), best, xOut, yOut, QAL_ERR_NOT_FOUND);
 }
 
@@ -123,7 +198,7 @@ int QAL_GetAutoRangeExtremum(const double* x, const double* y, int n, double* xO
     double best = sentinelFor(kind);
     *yOut = best;
     *xOut = x[0];
-    const Search s{x, y, kind, useVertex, minHeightPercent};
+    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent, true);
     // The first pass is always made; a pass that finds something runs to its end and ends
     // the search, so wider windows are tried only after a pass without a hit. Doubling
     // keeps the size a multiple of 3; it is done in 64 bits, where it cannot overflow.
@@ -145,30 +220,30 @@ int QAL_GetAutoExtremum(const double* x, const double* y, int n, double* xOut, d
 
     // No kind test here, unlike the other drivers: any accepted window whose ordinate
     // improves is taken, a flat window (0.0, 0.0) included.
-    const Search s{x, y, kind, useVertex, minHeightPercent};
+    const Search s = searchOf(x, y, n, xOut, yOut, kind, useVertex, minHeightPercent, false);
     double best = sentinelFor(kind);
     int bestStart = 0;
-    for (int start = 0; start < n - coarse; ++start) {
-        const WindowResult w = judgeWindow(s, start, coarse);
-        if (w.status == QAL_OK && improves(kind, w.y, best)) {
+    forEachAcceptedWindow(s, 0, n - coarse, coarse, [&](int start, const WindowResult& w) {
+        if (improves(kind, w.y, best)) {
             best = w.y;
             *yOut = w.y;
             *xOut = w.x;
             bestStart = start;
         }
-    }
+        return false;
+    });
 
     // Fine pass inside the best coarse window (the first coarse samples if none was
     // found). The best starts afresh, so the first accepted fine window replaces the
     // coarse result whatever its ordinate.
     best = sentinelFor(kind);
-    for (int start = bestStart; start < bestStart + (coarse - fine); ++start) {
-        const WindowResult w = judgeWindow(s, start, fine);
-        if (w.status == QAL_OK && improves(kind, w.y, best)) {
+    forEachAcceptedWindow(s, bestStart, bestStart + (coarse - fine), fine, [&](int, const WindowResult& w) {
+        if (improves(kind, w.y, best)) {
             best = w.y;
             *yOut = w.y;
             *xOut = w.x;
         }
-    }
+        return false;
+    });
     return QAL_OK;
 }

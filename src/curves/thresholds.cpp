@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "curves/curve_lanes.h"
 #include "qal/qal.h"
 
 namespace {
@@ -92,10 +93,15 @@ int QAL_FindX_at_YThreshold(const double* x, const double* y, int n, int thresho
     if (frame != QAL_OK) return frame;
     const double level = thresholdLevel(y, n, thresholdKind, direction, threshold, percent);
 
+    // The lanes test whole blocks of pairs and tell where the one-at-a-time scan goes on:
+    // at the first hit in scan order, or past the pairs they found without one. That scan
+    // then tests the hit again and reports it.
+    const qal::detail::CurveLanes& lanes = qal::detail::curveLanes();
     if (direction == kBackward) {
         *yOut = y[n - 1];
         *xOut = x[n - 1];
-        for (int i = n - 1; i >= 1; --i) {
+        const int from = lanes.lastCrossing != nullptr ? lanes.lastCrossing(y, n - 1, level) : n - 1;
+        for (int i = from; i >= 1; --i) {
             if (!crossesLevel(y[i], y[i - 1], level)) continue;
             if (resultMode == kResultOnLine && i < n - 1) {
                 *xOut = QAL_CalcLinY(level, x + i - 1, y + i - 1, kPairSize);
@@ -119,7 +125,8 @@ int QAL_FindX_at_YThreshold(const double* x, const double* y, int n, int thresho
     // order, which shows only when an output shares storage with an input.
     *yOut = y[0];
     *xOut = x[0];
-    for (int i = 0; i < n - 2; ++i) {
+    const int from = lanes.firstCrossing != nullptr ? lanes.firstCrossing(y, n - 2, level) : 0;
+    for (int i = from; i < n - 2; ++i) {
         if (!crossesLevel(y[i + 1], y[i], level)) continue;
         if (resultMode == kResultOnLine) {
             *xOut = QAL_CalcLinY(level, x + i, y + i, kPairSize);
@@ -192,16 +199,31 @@ int QAL_Find_LastPoint(const double* x, const double* y, int n, int /*reserved1*
 
 namespace {
 
+using LaneExtreme = qal::detail::LaneScan (*)(const double*, int);
+
 // Whole-curve extreme against what stands in *yOut, the frame's first sample to begin
 // with. `reaches(a, b)` holds equality, so of equal samples the last one wins; a NaN
 // y[0] matches nothing (QAL_ERR_NOT_FOUND with the first sample) and a later NaN is
-// passed over.
+// passed over. The lanes run the search over a leading part of the curve and name the
+// sample it ends that part on; the one-at-a-time loop takes over from there. Since the
+// loop compares with *yOut, the lanes stay off when an output lies in the curve.
 template <class Reaches>
-int wholeCurveExtreme(const double* x, const double* y, int n, double* xOut, double* yOut, Reaches reaches) {
+int wholeCurveExtreme(const double* x, const double* y, int n, double* xOut, double* yOut, LaneExtreme lanes,
+                      Reaches reaches) {
     int status = openFrame(x, y, n, xOut, yOut);
     if (status != QAL_OK) return status;
     status = QAL_ERR_NOT_FOUND;
-    for (int i = 0; i < n; ++i) {
+    int i = 0;
+    if (lanes != nullptr && qal::detail::outputsApart(x, y, n, xOut, yOut)) {
+        const qal::detail::LaneScan scan = lanes(y, n);
+        if (scan.found >= 0) {
+            *yOut = y[scan.found];
+            *xOut = x[scan.found];
+            status = QAL_OK;
+        }
+        i = scan.resume;
+    }
+    for (; i < n; ++i) {
         if (reaches(y[i], *yOut)) {
             *yOut = y[i];
             *xOut = x[i];
@@ -214,9 +236,11 @@ int wholeCurveExtreme(const double* x, const double* y, int n, double* xOut, dou
 }  // namespace
 
 int QAL_Calc_AbsMaximum(const double* x, const double* y, int n, double* xOut, double* yOut) {
-    return wholeCurveExtreme(x, y, n, xOut, yOut, [](double sample, double best) { return sample >= best; });
+    return wholeCurveExtreme(x, y, n, xOut, yOut, qal::detail::curveLanes().lastMaximum,
+                             [](double sample, double best) { return sample >= best; });
 }
 
 int QAL_Calc_AbsMinimum(const double* x, const double* y, int n, double* xOut, double* yOut) {
-    return wholeCurveExtreme(x, y, n, xOut, yOut, [](double sample, double best) { return best >= sample; });
+    return wholeCurveExtreme(x, y, n, xOut, yOut, qal::detail::curveLanes().lastMinimum,
+                             [](double sample, double best) { return best >= sample; });
 }
