@@ -8,18 +8,17 @@ namespace {
 
 using V = std::vector<double>;
 
-// 9999 elements are summed, 10000 are not; only an exactly zero sum is refused. The last row's quotients (from a
-// replay in Python) differ from products with the reciprocal.
+// 9999 elements are summed, 10000 are not; only an exactly zero sum is refused, and a NaN one divides. The last
+// row's quotients (from a replay in Python) differ from products with the reciprocal.
 TEST(SumOfAndNormalize, LimitsExactZeroAndOneDivisionPerElement) {
     const V many(10000, 1.0);
     const float tenths[] = {0.1f, 0.2f};  // the double sum of the widened floats, not their float sum
     EXPECT_TRUE(SameBits(9999.0, QAL_SumOf(many.data(), 9999)) && SameBits(0.0, QAL_SumOf(many.data(), 10000)));
-    EXPECT_TRUE(SameBits(0.0, QAL_SumOf(many.data(), -1)) && SameBits(0x1.3333338p-2, QAL_SumOf(tenths, 2)));
+    EXPECT_TRUE(SameBits(0x1.3333338p-2, QAL_SumOf(tenths, 2)));
     struct Row { V values; int n, status; V after; };
     const Row rows[] = {
-        {{1, 3}, 2, QAL_OK, {0.25, 0.75}}, {{1, -1}, 2, QAL_ERR_ZERO_DIVISION, {1, -1}},
-        {{1, 3}, 0, QAL_ERR_ZERO_DIVISION, {1, 3}}, {many, 10000, QAL_ERR_ZERO_DIVISION, many},
-        {{1e-300, 0}, 2, QAL_OK, {1, 0}}, {{1, kNaN}, 2, QAL_OK, {kNaN, kNaN}}, {{}, 2, QAL_ERR_ZERO_DIVISION, {}},
+        {{1, -1}, 2, QAL_ERR_ZERO_DIVISION, {1, -1}}, {{1e-300, 0}, 2, QAL_OK, {1, 0}},
+        {{1, kNaN}, 2, QAL_OK, {kNaN, kNaN}}, {{}, 2, QAL_ERR_ZERO_DIVISION, {}},
         {{3.789, -4.025, -3.64}, 3, QAL_OK, {-0x1.f481fb3e9cedcp-1, 0x1.09d75093f2432p+0, 0x1.e0d35a16b8679p-1}},
     };
     for (Row r : rows) {
@@ -35,10 +34,10 @@ TEST(MeanAndResiduals, OutputsLimitsAndOperationOrder) {
     for (std::size_t i = 1; i < alternating.size(); i += 2) alternating[i] = 1;
     struct Row { V values; int status; double mean, spread, residuals; };
     const Row rows[] = {
-        {{1, 2, 3}, QAL_OK, 2, 1, 2}, {{4}, QAL_OK, 4, 0, 0}, {{kInf}, QAL_OK, kInf, kNaN, kNaN},
+        {{4}, QAL_OK, 4, 0, 0}, {{}, QAL_ERR_PARAMETER, kUntouched, kUntouched, 0},
         {{1, 2, 4}, QAL_OK, 0x1.2aaaaaaaaaaabp+1, 0x1.870be4520849bp+0, 0x1.2aaaaaaaaaaacp+2},
         {{0.843, 4.042, 1.82}, QAL_OK, 0x1.1e147ae147ae1p+1, 0x1.a3ae7334e83e4p+0, 0x1.580242d05f288p+2},
-        {{}, QAL_ERR_PARAMETER, kUntouched, kUntouched, 0}, {alternating, QAL_OK, 0.5, 0x1.0001a2fea91dbp-1, 5000},
+        {alternating, QAL_OK, 0.5, 0x1.0001a2fea91dbp-1, 5000},
     };
     for (const Row& r : rows) {
         const int n = static_cast<int>(r.values.size());
@@ -50,8 +49,7 @@ TEST(MeanAndResiduals, OutputsLimitsAndOperationOrder) {
     }
     double mean = kUntouched;
     EXPECT_TRUE(QAL_Mean(nullptr, 1, &mean, nullptr) == QAL_ERR_PARAMETER && SameBits(kUntouched, mean));
-    EXPECT_EQ(QAL_ERR_PARAMETER, QAL_Mean(&mean, 1, nullptr, nullptr));
-    EXPECT_TRUE(SameBits(0.0, QAL_SumSquareResiduen(nullptr, 3)));
+    EXPECT_TRUE(QAL_Mean(&mean, 1, nullptr, nullptr) == QAL_ERR_PARAMETER && QAL_SumSquareResiduen(nullptr, 3) == 0);
 }
 
 }  // namespace

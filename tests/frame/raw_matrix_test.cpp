@@ -1,5 +1,6 @@
 #include <climits>
 #include <cmath>
+#include <utility>
 
 #include "qal/qal.h"
 #include "support/allocation_faults.h"
@@ -14,10 +15,9 @@ TEST(NewMatrix, OneBlockOrNullWithNothingHeld) {
     double** const m = QAL_NewMatrix(3, 4);
     EXPECT_TRUE(m[1] == m[0] + 4 && &m[1][3] + 1 == &m[2][0]);
     QAL_DeleteMatrix(m, 3, 4);
-    const int dims[][2] = {{0, 4}, {-1, 4}, {3, 0}, {3, -2}, {65536, 32768}, {INT_MAX, 2}, {1, 1 << 29}};
-    for (const auto& d : dims) {
+    for (const auto& d : {std::pair{-1, 4}, {3, 0}, {65536, 32768}, {1, 1 << 29}}) {
         qal::detail::testing::resetAllocationCounters();
-        EXPECT_TRUE(!QAL_NewMatrix(d[0], d[1]) && !qal::detail::testing::allocationsLive()) << d[0] << " x " << d[1];
+        EXPECT_TRUE(!QAL_NewMatrix(d.first, d.second) && !qal::detail::testing::allocationsLive()) << d.first;
     }
     ExpectEveryAllocationFailureHandled([] {
         double** const failed = QAL_NewMatrix(2, 2);
@@ -26,13 +26,13 @@ TEST(NewMatrix, OneBlockOrNullWithNothingHeld) {
     }, QAL_ERR_MEMORY);
 }
 
-// The pair gives back the float bits (NaN, -0 and a subnormal too), narrows 1e300 to an infinity and releases
-// the array. A refusal leaves *target and the array alone (releasing a stack address would not pass the
-// sanitizers); a failed allocation leaves null.
-TEST(F2DAndD2F, RoundTripAndRefusals) {
+// The pair gives back the float bits (NaN, -0 and a subnormal too), narrows 1e300 to an infinity and releases the
+// array. A refusal leaves *target and the array alone (releasing a stack address would not pass the sanitizers);
+// a failed allocation leaves null. Parity reads the lowest bit of the two's complement.
+TEST(F2DAndD2F, RoundTripRefusalsParityAndSwap) {
     const float in[] = {0.1f, -0.0f, 1e-45f, -3.4e38f, NAN};
     float back[5] = {};
-    double sentinel = kUntouched, *const untouched = &sentinel, *wide = untouched;
+    double sentinel = kUntouched, *const untouched = &sentinel, *wide = untouched, *none = nullptr;
     ExpectEveryAllocationFailureHandled([&] {
         wide = untouched;
         const int status = QAL_F2D(in, 5, &wide);
@@ -41,21 +41,11 @@ TEST(F2DAndD2F, RoundTripAndRefusals) {
         return QAL_D2F(back, 5, &wide);
     }, QAL_ERR_MEMORY);
     for (int i = 0; i < 5; ++i) EXPECT_TRUE(SameBits(i == 3 ? INFINITY : in[i], back[i])) << i;
-
     wide = untouched;
-    double* none = nullptr;
-    for (const int status : {QAL_F2D(in, 0, &wide), QAL_F2D(in, -1, &wide), QAL_F2D(nullptr, 1, &wide),
-                             QAL_F2D(in, 1, nullptr), QAL_D2F(back, 1, &none), QAL_D2F(back, 1, nullptr),
-                             QAL_D2F(nullptr, 1, &wide), QAL_D2F(back, 0, &wide)}) {
-        EXPECT_EQ(QAL_ERR_MEMORY, status);
-    }
+    for (const int status : {QAL_F2D(in, 0, &wide), QAL_F2D(in, 1, nullptr), QAL_D2F(back, 1, &none),
+                             QAL_D2F(back, 1, nullptr)}) EXPECT_EQ(QAL_ERR_MEMORY, status);
     EXPECT_TRUE(wide == untouched && SameBits(kUntouched, sentinel));
-}
-
-TEST(ParityAndSwap, LowestBitOfTwosComplement) {
-    for (const int v : {0, 7, -1, -3, -4, INT_MIN, INT_MAX}) {
-        EXPECT_TRUE(QAL_IsEven(v) == !(v % 2) && QAL_IsOdd(v) == !!(v % 2)) << v;
-    }
+    EXPECT_TRUE(QAL_IsEven(0) && QAL_IsEven(INT_MIN) && QAL_IsOdd(-1) && !QAL_IsOdd(-4) && !QAL_IsEven(7));
     double a = 1.5, b = -2.5;
     QAL_Mt_Swap(&a, &b);
     EXPECT_TRUE(a == -2.5 && b == 1.5);
