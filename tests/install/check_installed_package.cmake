@@ -29,7 +29,7 @@ if(QAL_SHARED)
   endif()
   # The flat API, the container instantiations and the exception's type information,
   # which a host needs to catch it.
-  foreach(needed "QAL_GetExtremum" "t_QalVector<double>::operator\\(\\)\\(int\\)"
+  foreach(needed "QAL_GetExtremum" "qal_version" "t_QalVector<double>::operator\\(\\)\\(int\\)"
                  "t_QalMatrix<double>::t_QalMatrix\\(int, int\\)" "typeinfo for k_QalExceptionIndex"
                  "k_Qal::GaussJordan")
     if(NOT symbols MATCHES "${needed}")

@@ -1,6 +1,9 @@
 // A program outside the project that uses the installed package.
+#include <cstring>
+
 #include <qal/qal.h>
 #include <qal/qal_classes.h>
+#include <qal/version.h>
 
 namespace {
 
@@ -30,5 +33,7 @@ int main() {
     int kind = 0;
     const int status = QAL_GetExtremum(x, y, 9, &xOut, &yOut, &kind, 0, 5.0f);
     const bool extremumFound = status == QAL_OK && kind == QAL_EXTREMUM_MAX && xOut == 4.0 && yOut == 100.0;
-    return extremumFound && containersWork() ? 0 : 1;
+    // The installed header and the linked library tell the same version.
+    const bool sameVersion = std::strcmp(qal_version(), QAL_VERSION_STRING) == 0;
+    return extremumFound && containersWork() && sameVersion ? 0 : 1;
 }
