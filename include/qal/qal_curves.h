@@ -11,7 +11,7 @@
 #include <new>  // std::bad_alloc, which both helpers may throw
 #include <vector>
 
-#include "qal/qal_export.h"
+#include "qal/qal.h"  // the flat functions and the extremum kinds named below
 
 namespace qal {
 
