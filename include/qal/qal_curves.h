@@ -4,7 +4,8 @@
 // A hit here is exactly what the flat routines report at its position, to the bit: the
 // same window or pair, the same acceptance, the same values. Unlike the flat functions
 // these allocate their result: they may throw std::bad_alloc, and nothing else. Bad
-// arguments (a null array, too few samples) give an empty list, never a status.
+// arguments (a null array, too few samples) give an empty list, never a status. Like
+// the flat functions they keep no pointer to the curve and may run on many threads at once.
 #ifndef QAL_QAL_CURVES_H
 #define QAL_QAL_CURVES_H
 
