@@ -50,15 +50,16 @@ struct CurveLanes {
 // The lanes of the instruction set in use.
 const CurveLanes& curveLanes() noexcept;
 
-// True when neither output lies inside x[0 .. n-1] or y[0 .. n-1]. A search that writes
-// its outputs while it still reads the curve must go one at a time otherwise, since a
-// write may change what a later step reads.
+// True when the two outputs are different cells and neither lies inside x[0 .. n-1] or
+// y[0 .. n-1]. A search that writes its outputs while it still reads the curve or one of
+// them must go one at a time otherwise, since a write may change what a later step reads
+// (the whole-curve extremes compare with *yOut, which a shared cell leaves holding x).
 inline bool outputsApart(const double* x, const double* y, int n, const double* xOut, const double* yOut) noexcept {
     const std::less<const double*> before;
     const auto inside = [&](const double* out, const double* array) {
         return !before(out, array) && before(out, array + n);
     };
-    return !inside(xOut, x) && !inside(xOut, y) && !inside(yOut, x) && !inside(yOut, y);
+    return xOut != yOut && !inside(xOut, x) && !inside(xOut, y) && !inside(yOut, x) && !inside(yOut, y);
 }
 
 }  // namespace qal::detail

@@ -206,7 +206,8 @@ using LaneExtreme = qal::detail::LaneScan (*)(const double*, int);
 // y[0] matches nothing (QAL_ERR_NOT_FOUND with the first sample) and a later NaN is
 // passed over. The lanes run the search over a leading part of the curve and name the
 // sample it ends that part on; the one-at-a-time loop takes over from there. Since the
-// loop compares with *yOut, the lanes stay off when an output lies in the curve.
+// loop compares with *yOut, the lanes stay off when an output lies in the curve or both
+// outputs share one cell.
 template <class Reaches>
 int wholeCurveExtreme(const double* x, const double* y, int n, double* xOut, double* yOut, LaneExtreme lanes,
                       Reaches reaches) {

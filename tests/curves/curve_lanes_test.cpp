@@ -131,7 +131,7 @@ TEST(ExtremumLanes, EveryLevelGivesTheScalarBits) {
 // between its samples hit at every lane and block position and in the remainders, both
 // directions, on a sample and on the line. At the level 0 two subnormals make a product
 // that underflows to a hit. The whole-curve extremes meet ties, a NaN or signed zero in
-// y[0] and an output inside the curve.
+// y[0], an output inside the curve and both outputs in one cell.
 TEST(ThresholdLanes, EveryLevelGivesTheScalarBits) {
     const double hard[] = {kNaN, kInf, -kInf, 0.0, -0.0, kTiny, -kTiny, 1e-25, 1e25, -1e25};
     ExpectEveryLevelMatchesScalar([&](std::vector<Outcome>& outcomes) {
@@ -164,6 +164,10 @@ TEST(ThresholdLanes, EveryLevelGivesTheScalarBits) {
                     outcomes.push_back(o);
                     o.status = search(x.data(), ties.data(), n, &o.x, &ties[static_cast<std::size_t>(n / 3)]);
                     outcomes.push_back({o.status, o.x, ties[static_cast<std::size_t>(n / 3)]});
+                    // Both outputs in one cell: the search compares with what x last left there.
+                    double shared = kUntouched;
+                    o.status = search(x.data(), ties.data(), n, &shared, &shared);
+                    outcomes.push_back({o.status, shared, shared});
                 }
             }
         }
