@@ -11,4 +11,5 @@ for workflow in test asan tsan shared bench; do
   echo "=== ${workflow}"
   cmake --workflow --preset "${workflow}"
 done
+tools/check-platforms.sh  # clang 14, 64-bit ARM under qemu, Windows under wine
 echo "=== all builds passed"
