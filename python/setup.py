@@ -1,0 +1,60 @@
+"""Builds qallib: the pybind11 module over the library's own sources, compiled once into the
+extension with the library's floating-point flags.
+
+Install from a checkout (PyPI is not needed, nothing is downloaded):
+
+    /usr/bin/python3 -m venv --system-site-packages .venv
+    .venv/bin/pip install --no-build-isolation --no-index ./python
+"""
+
+import re
+import sys
+from pathlib import Path
+
+from pybind11.setup_helpers import ParallelCompile, Pybind11Extension, build_ext
+from setuptools import setup
+
+HERE = Path(__file__).resolve().parent
+ROOT = HERE.parent
+
+# The version comes from the project() line of the top-level CMakeLists.txt.
+_project = re.search(r"project\(QalLib\s+VERSION\s+([0-9.]+)", (ROOT / "CMakeLists.txt").read_text())
+if not _project:
+    sys.exit("setup.py: no project(QalLib VERSION ...) line in CMakeLists.txt")
+VERSION = _project.group(1)
+
+# Every source of the library, as the CMake build compiles it for the installed product
+# (no test hooks), and the binding files.
+library_sources = sorted(str(path) for path in (ROOT / "src").rglob("*.cpp"))
+binding_sources = sorted(str(path) for path in (HERE / "src").glob("*.cpp"))
+
+# Bit-exact results need what the CMake build sets for every target: no contraction of
+# a*b+c into one rounding, no fast-math of any kind, no -march. -O3 as CMake's Release.
+exact_flags = ["-ffp-contract=off", "-fno-fast-math", "-O3", "-fno-semantic-interposition"]
+
+extension = Pybind11Extension(
+    "qallib._qal",
+    sources=binding_sources + library_sources,
+    include_dirs=[str(ROOT / "include"), str(ROOT / "src"), str(HERE / "src")],
+    define_macros=[("QAL_BUILDING_LIBRARY", None), ("NDEBUG", None), ("QALLIB_VERSION", f'"{VERSION}"')],
+    extra_compile_args=exact_flags,
+    # The library's QAL_API functions are visible by default; the module exports its init only.
+    extra_link_args=[f"-Wl,--version-script={HERE / 'src' / 'exports.map'}"],
+    cxx_std=17,
+)
+
+# Two compile jobs by default (QALLIB_BUILD_JOBS overrides).
+ParallelCompile("QALLIB_BUILD_JOBS", default=2).install()
+
+setup(
+    name="qallib",
+    version=VERSION,
+    description="NumPy interface to QalLib, numerical routines for sampled curves with bit-exact results",
+    packages=["qallib"],
+    package_data={"qallib": ["py.typed"]},
+    ext_modules=[extension],
+    cmdclass={"build_ext": build_ext},
+    python_requires=">=3.9",
+    install_requires=["numpy"],
+    zip_safe=False,
+)
