@@ -46,6 +46,24 @@ extension = Pybind11Extension(
     cxx_std=17,
 )
 
+
+
+class BuildExt(build_ext):
+    """Compiles with the flags of CMake's Release build alone.
+
+    Python puts its own CFLAGS at the front of every compile line: with them (-fwrapv,
+    which makes signed overflow defined and so restrains GCC on the library's int loops,
+    the stack protector, -O2 before the -O3 above) the Savitzky-Golay filter ran about 15 %
+    slower than the C++ build's. None of them touches floating-point arithmetic.
+    """
+
+    dropped = {"-fwrapv", "-fstack-protector-strong", "-O2", "-g"}
+
+    def build_extensions(self):
+        self.compiler.compiler_so = [flag for flag in self.compiler.compiler_so if flag not in self.dropped]
+        super().build_extensions()
+
+
 # Two compile jobs by default (QALLIB_BUILD_JOBS overrides).
 ParallelCompile("QALLIB_BUILD_JOBS", default=2).install()
 
@@ -56,7 +74,7 @@ setup(
     packages=["qallib"],
     package_data={"qallib": ["py.typed"]},
     ext_modules=[extension],
-    cmdclass={"build_ext": build_ext},
+    cmdclass={"build_ext": BuildExt},
     python_requires=">=3.9",
     install_requires=["numpy"],
     zip_safe=False,
