@@ -153,6 +153,8 @@ struct ResultTypes {
     py::handle repaired;     // (value, changed)
     py::handle gaussJordan;  // (inverse, solutions)
     py::handle meanSquares;  // (mean, squares)
+    py::handle extrema;      // arrays (start, index, kind, x, y, vertex_x, vertex_y)
+    py::handle crossings;    // arrays (index, x, y, cross_x, cross_y)
     py::handle float32;      // numpy.float32
 };
 const ResultTypes& types();

@@ -3,7 +3,10 @@
 #include <cmath>
 #include <limits>
 
+#include <vector>
+
 #include "binding.h"
+#include "qal/qal_curves.h"
 
 namespace qalpy {
 
@@ -55,6 +58,15 @@ const char* const kDriverFailures = R"(
 ValueError for fewer than 3 points (QAL_ERR_MEMORY in C++). Raises NotFoundError when no
 window holds an extremum of kind, with Point(x[0], -1e25 for a maximum, else 1e25) in
 .outputs; none_if_not_found=True returns None instead.)";
+
+// One field of every hit, as a new array.
+template <class T, class Hit, class Field>
+py::array_t<T> column(const std::vector<Hit>& hits, Field field) {
+    py::array_t<T> out(static_cast<py::ssize_t>(hits.size()));
+    T* data = out.mutable_data();
+    for (const Hit& hit : hits) *data++ = field(hit);
+    return out;
+}
 
 }  // namespace
 
@@ -278,6 +290,65 @@ ones the last. Later NaNs are passed over.
 
 Raises ParameterError for empty arrays; TooFewPointsError for one point and NotFoundError
 when y[0] is NaN, each with the first sample in .outputs.)");
+
+    // ---- Whole-curve helpers
+    m.def(
+        "find_extrema",
+        [](py::handle x, py::handle y, int window, float minHeightPercent) {
+            Curve c = curve(x, y);
+            std::vector<qal::Extremum> hits;
+            {
+                py::gil_scoped_release nogil;
+                hits = qal::findExtrema(c.x.data, c.y.data, c.x.n, window, minHeightPercent);
+            }
+            using E = qal::Extremum;
+            return types().extrema(column<int>(hits, [](const E& e) { return e.start; }),
+                                   column<int>(hits, [](const E& e) { return e.index; }),
+                                   column<int>(hits, [](const E& e) { return e.kind; }),
+                                   column<double>(hits, [](const E& e) { return e.x; }),
+                                   column<double>(hits, [](const E& e) { return e.y; }),
+                                   column<double>(hits, [](const E& e) { return e.vertexX; }),
+                                   column<double>(hits, [](const E& e) { return e.vertexY; }));
+        },
+        "x"_a, "y"_a, "window"_a, "min_height_percent"_a = 0.0f,
+        R"(qal::findExtrema: Extrema(start, index, kind, x, y, vertex_x, vertex_y), every maximum and
+minimum of the float64 curve, one array element per hit, in the order of their windows.
+
+The window slides as in get_range_extremum (w from window, start = 0 .. n - w - 1). A window
+is a hit where get_extremum accepts a maximum or a minimum (min_height_percent, rounded to
+float32) and both its extreme sample and its vertex beat the drivers' sentinel: just where
+get_next_extremum started at that window stops, with use_vertex False (x, y: the extreme
+sample x[index], y[index]) and True (vertex_x, vertex_y). Each extreme sample is reported
+once per kind, by the first window that finds it. Flat windows and windows holding a NaN are
+no hits. Empty for fewer than 3 points or when no window fits; never raises a QalError
+(MemoryError when the list cannot be allocated).
+
+Select the peaks with result.kind == EXTREMUM_MAX.)");
+    m.def(
+        "find_level_crossings",
+        [](py::handle x, py::handle y, float level) {
+            Curve c = curve(x, y);
+            std::vector<qal::LevelCrossing> hits;
+            {
+                py::gil_scoped_release nogil;
+                hits = qal::findLevelCrossings(c.x.data, c.y.data, c.x.n, level);
+            }
+            using L = qal::LevelCrossing;
+            return types().crossings(column<int>(hits, [](const L& h) { return h.index; }),
+                                     column<double>(hits, [](const L& h) { return h.x; }),
+                                     column<double>(hits, [](const L& h) { return h.y; }),
+                                     column<double>(hits, [](const L& h) { return h.crossX; }),
+                                     column<double>(hits, [](const L& h) { return h.crossY; }));
+        },
+        "x"_a, "y"_a, "level"_a,
+        R"(qal::findLevelCrossings: LevelCrossings(index, x, y, cross_x, cross_y), every pair of
+neighbouring samples index, index + 1 that find_x_at_y_threshold with the absolute level
+(rounded to float32), scanning forward, reports when started at its first sample: the pairs
+i = 0 .. n - 3 with 0 >= (y[i+1] - L)(y[i] - L). The last pair is never examined, a sample
+exactly on the level makes both its pairs hits, a pair holding a NaN is none. x, y are the
+pair's first sample, cross_x, cross_y the crossing on the line through the pair and the
+level (cross_x 0.0 for a flat pair). In ascending order of index; empty for fewer than 3
+points. Never raises a QalError (MemoryError when the list cannot be allocated).)");
 
     // ---- Boundary curves
     m.def(

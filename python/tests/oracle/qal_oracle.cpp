@@ -23,6 +23,7 @@
 
 #include "qal/qal.h"
 #include "qal/qal_classes.h"
+#include "qal/qal_curves.h"
 
 namespace {
 
@@ -554,6 +555,32 @@ const std::map<std::string, Handler>& handlers() {
                                     upperMode, upperValue, lowerMode, lowerValue))
                  .F(lower)
                  .F(upper);
+         }},
+        {"qal::findExtrema",
+         [](Request& q, Reply& r) {
+             Doubles x = q.D(), y = q.D();
+             const int window = q.i();
+             const float minHeight = q.f();
+             const std::vector<qal::Extremum> hits = qal::findExtrema(ptr(x), ptr(y), len(x), window, minHeight);
+             Ints start, index, kind;
+             Doubles xs, ys, vx, vy;
+             for (const qal::Extremum& e : hits) {
+                 start.push_back(e.start), index.push_back(e.index), kind.push_back(e.kind);
+                 xs.push_back(e.x), ys.push_back(e.y), vx.push_back(e.vertexX), vy.push_back(e.vertexY);
+             }
+             r.i(0).I(start).I(index).I(kind).D(xs).D(ys).D(vx).D(vy);
+         }},
+        {"qal::findLevelCrossings",
+         [](Request& q, Reply& r) {
+             Doubles x = q.D(), y = q.D();
+             const float level = q.f();
+             Ints index;
+             Doubles xs, ys, cx, cy;
+             for (const qal::LevelCrossing& c : qal::findLevelCrossings(ptr(x), ptr(y), len(x), level)) {
+                 index.push_back(c.index), xs.push_back(c.x), ys.push_back(c.y);
+                 cx.push_back(c.crossX), cy.push_back(c.crossY);
+             }
+             r.i(0).I(index).D(xs).D(ys).D(cx).D(cy);
          }},
         {"QAL_Trapez",
          [](Request& q, Reply& r) {
