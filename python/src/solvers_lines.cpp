@@ -25,6 +25,27 @@ Mat squareMat(py::handle object, const char* name) {
     return a;
 }
 
+// QAL_CalcLinX or QAL_CalcLinY and their float twins: one coordinate on the fitted line.
+py::object alongLine(double value, py::handle x, py::handle y, double (*ofDouble)(double, const double*, const double*, int),
+                     float (*ofFloat)(float, const float*, const float*, int)) {
+    return byDtype(x, "x", [&](auto tag) {
+        using T = decltype(tag);
+        Vec<T> xs = vec<T>(x, "x");
+        Vec<T> ys = vec<T>(y, "y");
+        sameLength("x", xs.n, "y", ys.n);
+        T result;
+        {
+            py::gil_scoped_release nogil;
+            if constexpr (std::is_same_v<T, float>) {
+                result = ofFloat(static_cast<float>(value), xs.data, ys.data, xs.n);
+            } else {
+                result = ofDouble(value, xs.data, ys.data, xs.n);
+            }
+        }
+        return scalar(result);
+    });
+}
+
 }  // namespace
 
 void registerSolversLines(py::module_& m) {
@@ -122,22 +143,7 @@ with an exact mean, give NaN in both. Never raises a QalError.)");
     m.def(
         "calc_lin_x",
         [](double xValue, py::handle x, py::handle y) {
-            return byDtype(x, "x", [&](auto tag) {
-                using T = decltype(tag);
-                Vec<T> xs = vec<T>(x, "x");
-                Vec<T> ys = vec<T>(y, "y");
-                sameLength("x", xs.n, "y", ys.n);
-                T result;
-                {
-                    py::gil_scoped_release nogil;
-                    if constexpr (std::is_same_v<T, float>) {
-                        result = QAL_CalcLinXFloat(static_cast<float>(xValue), xs.data, ys.data, xs.n);
-                    } else {
-                        result = QAL_CalcLinX(xValue, xs.data, ys.data, xs.n);
-                    }
-                }
-                return scalar(result);
-            });
+            return alongLine(xValue, x, y, QAL_CalcLinX, QAL_CalcLinXFloat);
         },
         "x_value"_a, "x"_a, "y"_a,
         R"(QAL_CalcLinX / QAL_CalcLinXFloat: the ordinate of the fitted line (lin_fit) at x_value.
@@ -146,22 +152,7 @@ fewer than 2 points (indistinguishable from a true 0.0). Never raises a QalError
     m.def(
         "calc_lin_y",
         [](double yValue, py::handle x, py::handle y) {
-            return byDtype(x, "x", [&](auto tag) {
-                using T = decltype(tag);
-                Vec<T> xs = vec<T>(x, "x");
-                Vec<T> ys = vec<T>(y, "y");
-                sameLength("x", xs.n, "y", ys.n);
-                T result;
-                {
-                    py::gil_scoped_release nogil;
-                    if constexpr (std::is_same_v<T, float>) {
-                        result = QAL_CalcLinYFloat(static_cast<float>(yValue), xs.data, ys.data, xs.n);
-                    } else {
-                        result = QAL_CalcLinY(yValue, xs.data, ys.data, xs.n);
-                    }
-                }
-                return scalar(result);
-            });
+            return alongLine(yValue, x, y, QAL_CalcLinY, QAL_CalcLinYFloat);
         },
         "y_value"_a, "x"_a, "y"_a,
         R"(QAL_CalcLinY / QAL_CalcLinYFloat: the abscissa where the fitted line reaches y_value. With
