@@ -201,9 +201,9 @@ x, y and scale of one length.)");
             const int n = in.rows;
             Mat rhs = b.is_none() ? Mat{py::none(), nullptr, n, 0} : mat(b, "b");
             sameLength("a (rows)", n, "b (rows)", rhs.rows);
-            const int m = rhs.cols;
+            const int columns = rhs.cols;
             py::array_t<double> inverse({n, n});
-            py::array_t<double> solutions({n, m});
+            py::array_t<double> solutions({n, columns});
             double* inverseData = inverse.mutable_data();
             double* solutionData = solutions.mutable_data();
             int result;
@@ -213,7 +213,7 @@ x, y and scale of one length.)");
                 t_QalMatrix<double> ma = toMatrix(in);
                 t_QalMatrix<double> mb = rhs.data ? toMatrix(rhs) : t_QalMatrix<double>(n, 0);
                 try {
-                    result = k_Qal::GaussJordan(ma, n, mb, m);
+                    result = k_Qal::GaussJordan(ma, n, mb, columns);
                 } catch (const k_QalExceptionIndex& e) {
                     // With the sizes checked, only a pivot search among NaNs alone raises (-1).
                     allNaN = true;
@@ -221,7 +221,7 @@ x, y and scale of one length.)");
                 }
                 if (!allNaN && result == 0) {
                     fromMatrix(ma, inverseData, n, n);
-                    fromMatrix(mb, solutionData, n, m);
+                    fromMatrix(mb, solutionData, n, columns);
                 }
             }
             if (allNaN) throw py::value_error("a: every candidate of a pivot search is NaN");

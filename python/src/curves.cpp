@@ -14,15 +14,10 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-struct Curve {
-    Vec<double> x;
-    Vec<double> y;
-};
+using Curve = CurveOf<double>;
 
 Curve curve(py::handle x, py::handle y) {
-    Curve c{vec<double>(x, "x"), vec<double>(y, "y")};
-    sameLength("x", c.x.n, "y", c.y.n);
-    return c;
+    return curveOf<double>(x, y);
 }
 
 // The drivers and searches leave a point; a status of `quiet` gives None when asked.
