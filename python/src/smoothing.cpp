@@ -84,12 +84,18 @@ unscaled weights in .outputs; the failures of savitzky_golay_coeffizient.)");
                 int status;
                 {
                     py::gil_scoped_release nogil;
-                    // Samples outside first..last keep their input values.
-                    std::copy(samples.data, samples.data + samples.n, target);
                     if constexpr (std::is_same_v<T, float>) {
                         status = QAL_FilterFloatArray(samples.data, target, samples.n, first, last, kind, width, degree);
                     } else {
                         status = QAL_FilterArray(samples.data, target, samples.n, first, last, kind, width, degree);
+                    }
+                    // Samples outside first..last (clamped into the array, as the filter
+                    // clamps them) keep their input values; the filter wrote the rest.
+                    if (status == QAL_OK) {
+                        const int from = std::clamp(first, 0, samples.n - 1);
+                        const int to = std::clamp(last, 0, samples.n - 1);
+                        std::copy(samples.data, samples.data + from, target);
+                        std::copy(samples.data + to + 1, samples.data + samples.n, target + to + 1);
                     }
                 }
                 if (status != QAL_OK) raiseStatus(status, "filter_array");
