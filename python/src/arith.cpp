@@ -17,27 +17,27 @@ const char* const kElementwise =
 
 void registerArith(py::module_& m) {
     // ---- Guarded scalar functions
-    m.def("exp", [](py::handle x) { return unary<double>(x, "x", QAL_exp); }, "x"_a,
+    m.def("exp", [](py::object x) { return unary<double>(x, "x", QAL_exp); }, "x"_a,
           (std::string("QAL_exp: exp(x); 1e25 for x > 30 (a very negative x underflows to 0).") + kElementwise)
               .c_str());
-    m.def("log", [](py::handle x) { return unary<double>(x, "x", QAL_log); }, "x"_a,
+    m.def("log", [](py::object x) { return unary<double>(x, "x", QAL_log); }, "x"_a,
           (std::string("QAL_log: natural logarithm; -30.0 below 1e-25 (every negative x too), 30.0 above 1e25.") +
            kElementwise)
               .c_str());
-    m.def("log10", [](py::handle x) { return unary<double>(x, "x", QAL_log10); }, "x"_a,
+    m.def("log10", [](py::object x) { return unary<double>(x, "x", QAL_log10); }, "x"_a,
           (std::string("QAL_log10: decimal logarithm; -30.0 below 1e-25 (every negative x too), 30.0 above 1e25.") +
            kElementwise)
               .c_str());
-    m.def("pow10", [](py::handle x) { return unary<double>(x, "x", QAL_pow10); }, "x"_a,
+    m.def("pow10", [](py::object x) { return unary<double>(x, "x", QAL_pow10); }, "x"_a,
           (std::string("QAL_pow10: 10 to the power x; 1e25 for x > 30, 0.0 for x < -25.") + kElementwise).c_str());
-    m.def("sqrt", [](py::handle x) { return unary<double>(x, "x", QAL_sqrt); }, "x"_a,
+    m.def("sqrt", [](py::object x) { return unary<double>(x, "x", QAL_sqrt); }, "x"_a,
           (std::string("QAL_sqrt: signed root of x rounded to float32 first: -sqrt(-x) below 0, else sqrt(x); "
                        "a float64 result of float32 precision.") +
            kElementwise)
               .c_str());
     m.def(
         "pow",
-        [](py::handle x, py::handle y) {
+        [](py::object x, py::object y) {
             return binary<double>(x, "x", y, "y", [](double a, double b) { return QAL_pow(a, b); });
         },
         "x"_a, "y"_a,
@@ -50,7 +50,7 @@ x and y are numbers or float64 arrays of one shape (or one array and one number)
 raises a QalError.)");
     m.def(
         "mult",
-        [](py::handle a, py::handle b) {
+        [](py::object a, py::object b) {
             return binary<float>(a, "a", b, "b", [](float p, float q) { return QAL_mult(p, q); });
         },
         "a"_a, "b"_a,
@@ -61,7 +61,7 @@ a and b are float32 in C++: numbers are rounded to float32 first and the result 
 numpy.float32; arrays must be float32 (one shape, or one array and one number).)");
     m.def(
         "calc_log",
-        [](py::handle source, short mode) {
+        [](py::object source, short mode) {
             Vec<float> in = vec<float>(source, "source");
             if (in.n == 0) return py::array_t<float>(0);
             float* logs = nullptr;
@@ -90,7 +90,7 @@ outputs are carried), AllocationError when the array cannot be allocated.)");
     // ---- Array statistics
     m.def(
         "sum_of",
-        [](py::handle values) {
+        [](py::object values) {
             return byDtype(values, "values", [&](auto tag) {
                 using T = decltype(tag);
                 Vec<T> in = vec<T>(values, "values");
@@ -108,7 +108,7 @@ elements are widened exactly), returned as a float; 0.0 for more than 9999 eleme
 Never raises a QalError.)");
     m.def(
         "mean",
-        [](py::handle values) {
+        [](py::object values) {
             Vec<double> in = vec<double>(values, "values");
             double mean = 0.0;
             double spread = 0.0;
@@ -127,7 +127,7 @@ sample standard deviation about it, of float32 precision (0.0 for one element).
 Raises ParameterError for an empty array.)");
     m.def(
         "sum_square_residuen",
-        [](py::handle values) {
+        [](py::object values) {
             Vec<double> in = vec<double>(values, "values");
             py::gil_scoped_release nogil;
             return QAL_SumSquareResiduen(in.data, in.n);
@@ -138,7 +138,7 @@ Raises ParameterError for an empty array.)");
 array. Never raises a QalError.)");
     m.def(
         "normalize",
-        [](py::handle values) {
+        [](py::object values) {
             Vec<double> in = vec<double>(values, "values");
             py::array_t<double> out(in.n);
             double* data = out.mutable_data();
@@ -160,7 +160,7 @@ for more than 9999 elements (a tiny or NaN sum is divided by).)");
     // ---- Ordered search and sort
     m.def(
         "locate_value",
-        [](double value, py::handle x) {
+        [](double value, py::object x) {
             Vec<double> xs = vec<double>(x, "x");
             int index = 0;
             int status;
@@ -181,7 +181,7 @@ Raises TooFewPointsError for fewer than 2 elements (outputs 0), OutOfRangeError 
 beyond x[0] (outputs 0) or x[-1] (outputs len(x) - 1).)");
     m.def(
         "find_abs_values",
-        [](double value, py::handle x, py::handle y) {
+        [](double value, py::object x, py::object y) {
             auto [xs, ys] = curveOf<double>(x, y);
             double xOut = NAN;
             double yOut = NAN;
@@ -205,7 +205,7 @@ ascending x, carrying that end point in .outputs; a failing search (TooFewPoints
 OutOfRangeError for a NaN value with one point) with no outputs.)");
     m.def(
         "sort_straight_insert",
-        [](py::handle keys, py::handle second, py::handle third) {
+        [](py::object keys, py::object second, py::object third) {
             Vec<float> k = vec<float>(keys, "keys");
             Vec<float> s = optionalVec<float>(second, "second");
             Vec<int> t = optionalVec<int>(third, "third");

@@ -34,7 +34,7 @@ void fromMatrix(t_QalMatrix<double>& a, double* out, int rows, int cols) {
 
 // One vector in, a double out.
 template <double (*F)(t_QalVector<double>&)>
-double ofVector(py::handle v) {
+double ofVector(py::object v) {
     Vec<double> in = vec<double>(v, "v");
     py::gil_scoped_release nogil;
     t_QalVector<double> vector = toVector(in);
@@ -43,7 +43,7 @@ double ofVector(py::handle v) {
 
 // Two vectors of one length in, a result out.
 template <class R, R (*F)(t_QalVector<double>&, t_QalVector<double>&)>
-R ofPair(py::handle a, py::handle b) {
+R ofPair(py::object a, py::object b) {
     Vec<double> first = vec<double>(a, "a");
     Vec<double> second = vec<double>(b, "b");
     sameLength("a", first.n, "b", second.n);
@@ -76,7 +76,7 @@ py::object moments(const char* function, py::handle v, py::handle result) {
 
 // Position and value of an extreme element.
 template <int (*F)(t_QalVector<double>&, double&)>
-py::object located(py::handle v) {
+py::object located(py::object v) {
     Vec<double> in = vec<double>(v, "v");
     double extreme = 0.0;
     int index;
@@ -110,25 +110,25 @@ void registerClasses(py::module_& m) {
         "Gauss-Jordan elimination on float64 matrices. Sums run in index order from 0.0 in double.");
 
     // ---- Guarded scalars
-    k.def("power", [](py::handle x, py::handle y) { return binary<double>(x, "x", y, "y", &k_Qal::Power); }, "x"_a,
+    k.def("power", [](py::object x, py::object y) { return binary<double>(x, "x", y, "y", &k_Qal::Power); }, "x"_a,
           "y"_a,
           R"(k_Qal::Power: x to the power y: 1.0 when x < 1e-25 and y < 1e-25, 0.0 when x < 1e-25
 otherwise, 1.0 when -1e-25 < y < 1e-25; then (x and y clamped to +-1e25) 1e-25 when
 log(x) * y < -log(1e25), 1e25 when above log(1e25), else pow(x, y). Numbers or float64 arrays
 of one shape.)");
-    k.def("log", [](py::handle x) { return unary<double>(x, "x", &k_Qal::Log); }, "x"_a,
+    k.def("log", [](py::object x) { return unary<double>(x, "x", &k_Qal::Log); }, "x"_a,
           "k_Qal::Log: log(x); -1e25 for x <= 0, no upper guard. A number or a float64 array.");
-    k.def("sqrt", [](py::handle x) { return unary<double>(x, "x", &k_Qal::Sqrt); }, "x"_a,
+    k.def("sqrt", [](py::object x) { return unary<double>(x, "x", &k_Qal::Sqrt); }, "x"_a,
           "k_Qal::Sqrt: signed root, -sqrt(-x) for x < 0, else sqrt(x). A number or a float64 array.");
     k.def(
         "inf_repair",
-        [](py::handle value) { return repair(value, [](auto& v) { return k_Qal::InfRepair(v); }); }, "value"_a,
+        [](py::object value) { return repair(value, [](auto& v) { return k_Qal::InfRepair(v); }); }, "value"_a,
         R"(k_Qal::InfRepair: Repaired(value, changed): a value beyond +-1e25 clamped to +-1e25 (a
 numpy.float32 takes the float twin and is clamped to the float32 image 9.99999956e24), and
 whether it changed. NaN stays, with False.)");
     k.def(
         "zero_repair",
-        [](py::handle value) { return repair(value, [](auto& v) { return k_Qal::ZeroRepair(v); }); }, "value"_a,
+        [](py::object value) { return repair(value, [](auto& v) { return k_Qal::ZeroRepair(v); }); }, "value"_a,
         R"(k_Qal::ZeroRepair: Repaired(value, changed): a magnitude below 1e-25 (0 and -0 included)
 replaced by 1e-25, or -1e-25 for a negative value (a numpy.float32 takes the float twin, whose
 image is 1.00000002e-25), and whether it changed.)");
@@ -154,12 +154,12 @@ pass); -1e25 when none. a and b of one length.)");
           R"(k_Qal::MinFraction: the smallest a[i] / b[i], skipping |b[i]| < 1e-25 (exactly 1e-25 and NaN
 pass); 1e25 when none. a and b of one length.)");
     k.def(
-        "mean", [](py::handle v) { return moments<meanAndSpread>("k_qal.mean", v, types().meanSpread); }, "v"_a,
+        "mean", [](py::object v) { return moments<meanAndSpread>("k_qal.mean", v, types().meanSpread); }, "v"_a,
         R"(k_Qal::Mean: MeanSpread(mean, spread) of the float64 array v, spread the sample standard
 deviation (0.0 for one element). Raises TooFewPointsError for an empty array (the C++ function
 answers false).)");
     k.def(
-        "n_variance", [](py::handle v) { return moments<&k_Qal::NVariance>("k_qal.n_variance", v, types().meanSquares); },
+        "n_variance", [](py::object v) { return moments<&k_Qal::NVariance>("k_qal.n_variance", v, types().meanSquares); },
         "v"_a,
         R"(k_Qal::NVariance: MeanSquares(mean, squares), the mean and the plain sum of squared
 deviations of the float64 array v. Raises TooFewPointsError for an empty array (the C++
@@ -172,7 +172,7 @@ NaN at 0 stays); (-1, 0.0) for an empty array.)");
 NaN at 0 stays); (-1, 0.0) for an empty array.)");
     k.def(
         "lin_cor_coef",
-        [](py::handle x, py::handle y, py::handle scale) {
+        [](py::object x, py::object y, py::object scale) {
             Vec<double> xs = vec<double>(x, "x");
             Vec<double> ys = vec<double>(y, "y");
             Vec<double> s = vec<double>(scale, "scale");
@@ -192,7 +192,7 @@ x, y and scale of one length.)");
     // ---- Gauss-Jordan elimination
     k.def(
         "gauss_jordan",
-        [](py::handle a, py::handle b) {
+        [](py::object a, py::object b) {
             Mat in = mat(a, "a");
             if (in.rows != in.cols) {
                 throw py::value_error("a must be square, got " + std::to_string(in.rows) + " x " +

@@ -60,7 +60,7 @@ using Driver = int (*)(const double*, const double*, int, double*, double*, int,
 void defDriver(py::module_& m, const char* name, Driver routine, const char* doc) {
     m.def(
         name,
-        [name, routine](py::handle x, py::handle y, int window, int kind, int useVertex, float minHeightPercent,
+        [name, routine](py::object x, py::object y, int window, int kind, int useVertex, float minHeightPercent,
                         bool noneIfNotFound) {
             return pointSearch(
                 name, x, y, 3, noneIfNotFound,
@@ -83,7 +83,7 @@ int lastPoint(const double* x, const double* y, int n, double* xOut, double* yOu
 void defCurveSearch(py::module_& m, const char* name, CurveSearch routine, const char* doc) {
     m.def(
         name,
-        [name, routine](py::handle x, py::handle y) {
+        [name, routine](py::object x, py::object y) {
             return pointSearch(
                 name, x, y, 0, false,
                 [&](const Curve& c, double* xOut, double* yOut) { return routine(c.x.data, c.y.data, c.x.n, xOut, yOut); },
@@ -107,7 +107,7 @@ void registerCurves(py::module_& m) {
     // ---- Extremum search
     m.def(
         "get_extremum",
-        [](py::handle x, py::handle y, int useVertex, float minHeightPercent, bool noneIfNotFound) -> py::object {
+        [](py::object x, py::object y, int useVertex, float minHeightPercent, bool noneIfNotFound) -> py::object {
             Curve c = curve(x, y);
             double xOut = kNaN;
             double yOut = kNaN;
@@ -154,7 +154,7 @@ windows of one size (as get_next_extremum slides them); of equal ones the earlie
 nothing while it is below n // 3; the first pass that finds something gives the result.)");
     m.def(
         "get_auto_extremum",
-        [](py::handle x, py::handle y, int kind, int useVertex, float minHeightPercent) -> py::object {
+        [](py::object x, py::object y, int kind, int useVertex, float minHeightPercent) -> py::object {
             Curve c = curve(x, y);
             atLeast("x and y", c.x.n, 1);
             // Untouched outputs tell that nothing was accepted: an accepted ordinate improves
@@ -183,7 +183,7 @@ points.)");
     // ---- Threshold and end-point searches
     m.def(
         "find_x_at_y_threshold",
-        [](py::handle x, py::handle y, float threshold, int thresholdKind, int direction, int resultMode,
+        [](py::object x, py::object y, float threshold, int thresholdKind, int direction, int resultMode,
            float percent, bool noneIfNotFound) {
             return pointSearch(
                 "find_x_at_y_threshold", x, y, 0, noneIfNotFound,
@@ -212,7 +212,7 @@ level with its start) or else the start sample in .outputs; none_if_not_found=Tr
 None instead.)");
     m.def(
         "get_y_at_x_diff",
-        [](py::handle x, py::handle y, float xDiff, int direction, int resultMode) {
+        [](py::object x, py::object y, float xDiff, int direction, int resultMode) {
             return pointSearch(
                 "get_y_at_x_diff", x, y, 0, false,
                 [&](const Curve& c, double* xOut, double* yOut) {
@@ -251,7 +251,7 @@ when y[0] is NaN, each with the first sample in .outputs.)");
     // ---- Whole-curve helpers
     m.def(
         "find_extrema",
-        [](py::handle x, py::handle y, int window, float minHeightPercent) {
+        [](py::object x, py::object y, int window, float minHeightPercent) {
             Curve c = curve(x, y);
             std::vector<qal::Extremum> hits;
             {
@@ -283,7 +283,7 @@ no hits. Empty for fewer than 3 points or when no window fits; never raises a Qa
 Select the peaks with result.kind == EXTREMUM_MAX.)");
     m.def(
         "find_level_crossings",
-        [](py::handle x, py::handle y, float level) {
+        [](py::object x, py::object y, float level) {
             Curve c = curve(x, y);
             std::vector<qal::LevelCrossing> hits;
             {
@@ -310,7 +310,7 @@ points. Never raises a QalError (MemoryError when the list cannot be allocated).
     // ---- Boundary curves
     m.def(
         "calc_boundaries",
-        [](py::handle base, int upperMode, float upperValue, int lowerMode, float lowerValue, py::handle spread) {
+        [](py::object base, int upperMode, float upperValue, int lowerMode, float lowerValue, py::object spread) {
             Vec<float> b = vec<float>(base, "base");
             Vec<float> s = optionalVec<float>(spread, "spread");
             if (s.data) sameLength("base", b.n, "spread", s.n);

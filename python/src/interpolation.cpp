@@ -61,7 +61,7 @@ void registerInterpolation(py::module_& m) {
     // ---- Cubic splines
     m.def(
         "splines",
-        [](py::handle x, py::handle y, double slopeFirst, double slopeLast) {
+        [](py::object x, py::object y, double slopeFirst, double slopeLast) {
             auto [xs, ys] = curveOf<double>(x, y);
             py::array_t<double> y2(xs.n);
             double* table = y2.mutable_data();
@@ -84,7 +84,7 @@ Raises ParameterError for fewer than 2 or more than 10000 knots, AllocationError
 array cannot be allocated.)");
     m.def(
         "cubic_spline_interpolation",
-        [](py::handle x, py::handle y, py::handle y2, double xValue) {
+        [](py::object x, py::object y, py::object y2, double xValue) {
             return splinePoint("cubic_spline_interpolation", QAL_CubicSplineInterpolation, x, y, y2, xValue);
         },
         "x"_a, "y"_a, "y2"_a, "x_value"_a,
@@ -96,7 +96,7 @@ Raises ParameterError for fewer than 2 or more than 10000 knots; ZeroDenominator
 interval is not wider than 1e-25 (NaN too), with y[lo] in .outputs.)");
     m.def(
         "first_derivative",
-        [](py::handle x, py::handle y, py::handle y2, double xValue) {
+        [](py::object x, py::object y, py::object y2, double xValue) {
             return splinePoint("first_derivative", QAL_FirstDerivative, x, y, y2, xValue);
         },
         "x"_a, "y"_a, "y2"_a, "x_value"_a,
@@ -108,7 +108,7 @@ Raises ParameterError for fewer than 2 or more than 10000 knots; ZeroDenominator
 interval is not wider than 1e-25 (NaN too), with 1e15 in .outputs.)");
     m.def(
         "second_derivative",
-        [](py::handle x, py::handle y, py::handle y2, double xValue) {
+        [](py::object x, py::object y, py::object y2, double xValue) {
             return splinePoint("second_derivative", QAL_SecondDerivative, x, y, y2, xValue);
         },
         "x"_a, "y"_a, "y2"_a, "x_value"_a,
@@ -121,7 +121,7 @@ interval is not wider than 1e-25 (NaN too), with 1e15 in .outputs.)");
     // ---- Resampling
     m.def(
         "interpol",
-        [](double xValue, py::handle x, py::handle y, py::handle y2, int option) {
+        [](double xValue, py::object x, py::object y, py::object y2, int option) {
             Vec<double> xs = vec<double>(x, "x");
             Vec<double> ys = vec<double>(y, "y");
             Vec<double> table = optionalVec<double>(y2, "y2");
@@ -155,7 +155,7 @@ ZeroDenominatorError at SPLINE for a bracket not wider than 1e-25 (its lower ord
 .outputs); AllocationError when SPLINE, LOG_LINE or LOG_SEGMENT cannot allocate.)");
     m.def(
         "interpol_float_arrays",
-        [](py::handle x, py::handle y, py::handle xNew, int option, float fill) {
+        [](py::object x, py::object y, py::object xNew, int option, float fill) {
             Vec<float> xs = vec<float>(x, "x");
             Vec<float> ys = vec<float>(y, "y");
             Vec<float> at = vec<float>(xNew, "x_new");
@@ -182,7 +182,7 @@ data, for example); an earlier refusal shows only as fill. Raises AllocationErro
 fill, when the work arrays cannot be allocated.)");
     m.def(
         "check_in_out_arrays",
-        [](py::handle values, py::handle upper, py::handle lower) {
+        [](py::object values, py::object upper, py::object lower) {
             Vec<float> v = vec<float>(values, "values");
             Vec<float> up = vec<float>(upper, "upper");
             Vec<float> low = optionalVec<float>(lower, "lower");
@@ -207,7 +207,7 @@ Raises ParameterError for empty arrays.)");
     // ---- Polynomial and rational
     m.def(
         "polynomial_interpolation",
-        [](py::handle x, py::handle y, double xValue) {
+        [](py::object x, py::object y, double xValue) {
             return tableau("polynomial_interpolation", QAL_PolynomialInterpolation, x, y, xValue);
         },
         "x"_a, "y"_a, "x_value"_a,
@@ -220,7 +220,7 @@ Raises ParameterError for empty arrays or more than 10000 points, AllocationErro
 work arrays cannot be allocated.)");
     m.def(
         "rationial_interpolation",
-        [](py::handle x, py::handle y, double xValue) {
+        [](py::object x, py::object y, double xValue) {
             return tableau("rationial_interpolation", QAL_RationialInterpolation, x, y, xValue);
         },
         "x"_a, "y"_a, "x_value"_a,
@@ -235,7 +235,7 @@ work arrays cannot be allocated.)");
     // ---- Akima
     m.def(
         "akima_sub",
-        [](py::handle x, py::handle y) {
+        [](py::object x, py::object y) {
             auto [xs, ys] = curveOf<float>(x, y);
             py::array_t<float> slopes(xs.n);
             float* out = slopes.mutable_data();

@@ -74,7 +74,7 @@ ZeroDenominatorError when the weights sum to exactly 0.0 or width exceeds 9999, 
 unscaled weights in .outputs; the failures of savitzky_golay_coeffizient.)");
     m.def(
         "filter_array",
-        [](py::handle in, int kind, int width, int degree, int first, py::object lastArg) {
+        [](py::object in, int kind, int width, int degree, int first, py::object lastArg) {
             return byDtype(in, "in_", [&](auto tag) {
                 using T = decltype(tag);
                 Vec<T> samples = vec<T>(in, "in_");
@@ -120,7 +120,7 @@ AllocationError as the coefficient build fails.)");
     // ---- Derivative arrays
     m.def(
         "deriv_array",
-        [](py::handle x, py::handle y, int method, int order, int span) {
+        [](py::object x, py::object y, int method, int order, int span) {
             return byDtype(x, "x", [&](auto tag) {
                 using T = decltype(tag);
                 auto [xs, ys] = curveOf<T>(x, y);
@@ -182,7 +182,7 @@ allocated; 0.0 with 1e15 when func gives NaN. An exception raised by func propag
 the C++ call has ended (it then got NaN without further calls). Never raises a QalError.)");
     m.def(
         "first_derivative_golay",
-        [](py::handle x, py::handle y, double xValue) {
+        [](py::object x, py::object y, double xValue) {
             auto [xs, ys] = curveOf<double>(x, y);
             py::gil_scoped_release nogil;
             return QAL_FirstDerivativeGolay(xs.data, ys.data, xs.n, xValue);
@@ -195,7 +195,7 @@ empty arrays, when the kernel cannot be built, or for an interval narrower than 
 Never raises a QalError.)");
     m.def(
         "first_derivative_lin_reg",
-        [](py::handle x, py::handle y, int span, double xValue) {
+        [](py::object x, py::object y, int span, double xValue) {
             auto [xs, ys] = curveOf<double>(x, y);
             py::gil_scoped_release nogil;
             return QAL_FirstDerivativeLinReg(xs.data, ys.data, xs.n, span, xValue);
@@ -208,7 +208,7 @@ span < 2, or an interval narrower than 1e-25. Never raises a QalError.)");
     // ---- Curvature
     m.def(
         "kruemmung",
-        [](py::handle x, py::handle y) {
+        [](py::object x, py::object y) {
             auto [xs, ys] = curveOf<float>(x, y);
             const float nan = std::numeric_limits<float>::quiet_NaN();
             py::array_t<float> first = newArray<float>(xs.n, nan);
@@ -228,7 +228,7 @@ and central over two steps inside (the second derivative, no curvature formula).
 points: all NaN. A zero step leaves an infinity or NaN. Never raises a QalError.)");
     m.def(
         "kruemmung2",
-        [](py::handle x, py::handle y, int gapWidth, int chordWidth) {
+        [](py::object x, py::object y, int gapWidth, int chordWidth) {
             auto [xs, ys] = curveOf<float>(x, y);
             py::array_t<float> result = newArray<float>(xs.n, std::numeric_limits<float>::quiet_NaN());
             float* out = result.mutable_data();

@@ -69,7 +69,7 @@ void registerSolversLines(py::module_& m) {
     // ---- LU decomposition
     m.def(
         "lu_decomposition",
-        [](py::handle a) {
+        [](py::object a) {
             Mat in = squareMat(a, "a");
             const int n = in.rows;
             py::array_t<double> lu({n, n});
@@ -99,7 +99,7 @@ Raises SingularMatrixError when a row holds only zeros and NaNs, AllocationError
 scale factors cannot be allocated.)");
     m.def(
         "lu_solve_equa",
-        [](py::handle a, py::handle pivots, py::handle b) {
+        [](py::object a, py::object pivots, py::object b) {
             Mat lu = squareMat(a, "a");
             Vec<int> p = vec<int>(pivots, "pivots");
             Vec<double> rhs = vec<double>(b, "b");
@@ -133,7 +133,7 @@ in that element. Never raises a QalError; ValueError for a pivot that is not a r
     // ---- Line fits and evaluation
     m.def(
         "lin_fit",
-        [](py::handle x, py::handle y) {
+        [](py::object x, py::object y) {
             return fitLine("lin_fit", x, y, [](auto x_, auto y_, int n, auto* intercept, auto* slope) {
                 if constexpr (std::is_same_v<decltype(x_), const float*>) {
                     QAL_LinFitFloat(x_, y_, n, intercept, slope);
@@ -150,7 +150,7 @@ results), float64 ones in double. Nothing is tested: fewer than 2 points, or equ
 with an exact mean, give NaN in both. Never raises a QalError.)");
     m.def(
         "calc_lin_x",
-        [](double xValue, py::handle x, py::handle y) {
+        [](double xValue, py::object x, py::object y) {
             return alongLine(xValue, x, y, QAL_CalcLinX, QAL_CalcLinXFloat);
         },
         "x_value"_a, "x"_a, "y"_a,
@@ -159,7 +159,7 @@ With float32 arrays x_value is rounded to float32 and the result is a numpy.floa
 fewer than 2 points (indistinguishable from a true 0.0). Never raises a QalError.)");
     m.def(
         "calc_lin_y",
-        [](double yValue, py::handle x, py::handle y) {
+        [](double yValue, py::object x, py::object y) {
             return alongLine(yValue, x, y, QAL_CalcLinY, QAL_CalcLinYFloat);
         },
         "y_value"_a, "x"_a, "y"_a,
@@ -189,7 +189,7 @@ magnitude, with both coordinates the float32 nearest 1e25 in .outputs.)");
     // ---- Linear regression
     m.def(
         "linear_regression",
-        [](py::handle x, py::handle y) {
+        [](py::object x, py::object y) {
             return fitLine("linear_regression", x, y, [](auto x_, auto y_, int n, auto* intercept, auto* slope) {
                 if constexpr (std::is_same_v<decltype(x_), const float*>) {
                     // Tests nothing and always answers QAL_OK.

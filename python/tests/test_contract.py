@@ -114,10 +114,11 @@ def test_bad_arguments_raise_before_the_library_reads(error, name, call):
         call()
 
 
-def test_non_contiguous_input_gives_the_contiguous_result():
+def test_non_contiguous_input_and_lists_give_the_array_result():
     y = np.repeat(Y, 2)[::2]
     assert not y.flags.c_contiguous
     assert np.array_equal(q.filter_array(y, 20, 5), q.filter_array(Y, 20, 5))
+    assert np.array_equal(q.filter_array(Y.tolist(), 20, 5), q.filter_array(Y, 20, 5))
 
 
 def test_python_exceptions_in_callables_propagate():
