@@ -20,7 +20,7 @@ Curve curve(py::handle x, py::handle y) {
     return curveOf<double>(x, y);
 }
 
-// The drivers and searches leave a point; a status of `quiet` gives None when asked.
+// The drivers and searches leave a point; QAL_ERR_NOT_FOUND gives None when asked to.
 template <class F>
 py::object pointSearch(const char* function, py::handle x, py::handle y, int minimum, bool noneIfNotFound,
                        F call, bool (*carries)(int status)) {
