@@ -8,6 +8,7 @@
 #include <cfloat>
 #include <climits>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -17,6 +18,8 @@
 #include "golden/golden_record.h"
 #include "qal/qal.h"
 #include "qal/qal_classes.h"
+#include "qal/qal_curves.h"
+#include "qal/version.h"
 
 namespace qal::golden {
 namespace {
@@ -1412,6 +1415,80 @@ void integration(Recorder& r, Rng& g) {
     r.put(QAL_RootBisection(nullptr, 0.0, 1.0, 1e-6));
 }
 
+// ---- Whole-curve helpers (qal_curves.h) ----------------------------------------------
+
+void put(Recorder& r, const std::vector<Extremum>& hits) {
+    r.put(static_cast<int>(hits.size()));
+    for (const Extremum& h : hits) {
+        r.put(h.start);
+        r.put(h.index);
+        r.put(h.kind);
+        r.put(h.x);
+        r.put(h.y);
+        r.put(h.vertexX);
+        r.put(h.vertexY);
+    }
+}
+
+void put(Recorder& r, const std::vector<LevelCrossing>& hits) {
+    r.put(static_cast<int>(hits.size()));
+    for (const LevelCrossing& h : hits) {
+        r.put(h.index);
+        r.put(h.x);
+        r.put(h.y);
+        r.put(h.crossX);
+        r.put(h.crossY);
+    }
+}
+
+void curveHelpers(Recorder& r, Rng& g) {
+    r.family("curve helpers");
+    const Vd hard = specials();
+    for (int c = 0; c < 20; ++c) {
+        const int n = c < 4 ? c + 1 : 3 + g.below(c % 4 == 0 ? 200 : 60);
+        Vd x = ascending(g, n, g.uniform(-5.0, 5.0), c % 9 == 0 ? 1e-26 : 0.25);
+        Vd y = bumpy(g, x, c % 2 == 0 ? 0.05 : 0.6);
+        if (c % 4 == 1)
+            for (double& v : y) v = static_cast<double>(static_cast<float>(v));  // float levels land on samples
+        if (c % 5 == 3) spoil(g, y, hard, 1 + c % 3);
+        if (c % 6 == 2 && n > 4) y[3] = y[2] = y[1];  // a plateau: the first equal sample is the extreme one
+        if (c % 7 == 4) std::reverse(x.begin(), x.end());
+        if (c % 10 == 6 && n > 6) x[4] = x[3] = x[2];  // equal abscissae in the windows that hold them
+        r.begin(label("extrema", c));
+        for (int window : {3, 5, 6, 9, 30, -6, 0, n + 1, INT_MIN})
+            for (float percent : {0.0f, 1.0f, 20.0f, kNaNf})
+                put(r, findExtrema(x.data(), y.data(), n, window, percent));
+        r.begin(label("level crossings", c));
+        Vf levels = {0.0f, -0.0f, kNaNf, kInff, -kInff, 1e25f, g.uniformF(-3.0, 5.0), g.uniformF(-3.0, 5.0)};
+        for (int k = 0; k < 4; ++k) levels.push_back(static_cast<float>(y[static_cast<std::size_t>(g.below(n))]));
+        for (float level : levels) put(r, findLevelCrossings(x.data(), y.data(), n, level));
+    }
+    r.begin("refusals");
+    const Vd three = {0.0, 1.0, 0.0};
+    put(r, findExtrema(nullptr, three.data(), 3, 3, 0.0f));
+    put(r, findExtrema(three.data(), nullptr, 3, 3, 0.0f));
+    put(r, findExtrema(three.data(), three.data(), 2, 3, 0.0f));
+    put(r, findExtrema(three.data(), three.data(), -1, 3, 0.0f));
+    put(r, findLevelCrossings(nullptr, three.data(), 3, 0.5f));
+    put(r, findLevelCrossings(three.data(), nullptr, 3, 0.5f));
+    put(r, findLevelCrossings(three.data(), three.data(), 2, 0.5f));
+    put(r, findLevelCrossings(three.data(), three.data(), INT_MIN, 0.5f));
+}
+
+// ---- Version ------------------------------------------------------------------------
+
+// The linked library's version string; a release changes this family's hash and no other.
+void version(Recorder& r, Rng&) {
+    r.family("version");
+    r.begin("qal_version");
+    const char* text = qal_version();
+    r.put(text != nullptr);
+    if (text == nullptr) return;
+    r.put(static_cast<int>(std::strlen(text)));
+    for (const char* c = text; *c != '\0'; ++c) r.put(static_cast<int>(static_cast<unsigned char>(*c)));
+    r.put(std::strcmp(text, QAL_VERSION_STRING) == 0);
+}
+
 }  // namespace
 
 void recordAll(Recorder& r) {
@@ -1427,7 +1504,7 @@ void recordAll(Recorder& r) {
                              {resampling, 541},      {filters, 611},         {derivativeArrays, 621},
                              {pointDerivatives, 631}, {curvature, 641},      {extremum, 711},
                              {extremumDrivers, 721}, {thresholds, 731},      {boundaries, 741},
-                             {integration, 751}};
+                             {integration, 751},     {curveHelpers, 761},   {version, 801}};
     for (const Entry& e : entries) {
         Rng g(e.seed);
         e.record(r, g);

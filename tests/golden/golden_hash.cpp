@@ -10,6 +10,8 @@
 //       cases that pass through exp, log, log10 or pow do, and by how many ULPs; --detail
 //       lists every differing value. Exit status 0 when every family matches (or matches
 //       the alternative that HASHES records for this platform's C library), else 1.
+//       Built with QAL_GOLDEN_EVERY_INSTRUCTION_SET (and linked to the test build), it checks
+//       once per instruction set that the processor offers, each forced in turn.
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -20,6 +22,9 @@
 #include <vector>
 
 #include "golden/golden_record.h"
+#if defined(QAL_GOLDEN_EVERY_INSTRUCTION_SET)
+#include "support/instruction_sets.h"  // the test build's hook: linked to qal_internal
+#endif
 
 namespace qal::golden {
 namespace {
@@ -229,19 +234,37 @@ int check(const std::vector<Family>& families, const char* hashesPath, const cha
 
 int main(int argc, char** argv) {
     using namespace qal::golden;
+    if ((argc == 4 || argc == 5) && std::strcmp(argv[1], "--check") == 0) {
+        const bool detail = argc == 5 && std::strcmp(argv[4], "--detail") == 0;
+#if defined(QAL_GOLDEN_EVERY_INSTRUCTION_SET)
+        // The same calls at every level this processor offers, forced one after the other:
+        // every dispatched path must give the bits of the scalar one.
+        int worst = 0;
+        for (const qal::test::InstructionSet level : qal::test::OfferedInstructionSets()) {
+            const qal::test::ForcedInstructionSet forced(level);
+            std::printf("--- instruction set %s\n", qal::test::Name(forced.held()));
+            Recorder recorder;
+            recordAll(recorder);
+            const int status = check(recorder.families(), argv[2], argv[3], detail);
+            if (status > worst) worst = status;
+        }
+        return worst;
+#else
+        Recorder recorder;
+        recordAll(recorder);
+        return check(recorder.families(), argv[2], argv[3], detail);
+#endif
+    }
     Recorder recorder;
     recordAll(recorder);
-    const std::vector<Family>& families = recorder.families();
     if (argc == 1) {
-        printHashes(families);
+        printHashes(recorder.families());
         return 0;
     }
     if (argc == 2 && std::strcmp(argv[1], "--values") == 0) {
-        printValues(families);
+        printValues(recorder.families());
         return 0;
     }
-    if ((argc == 4 || argc == 5) && std::strcmp(argv[1], "--check") == 0)
-        return check(families, argv[2], argv[3], argc == 5 && std::strcmp(argv[4], "--detail") == 0);
     std::fprintf(stderr, "usage: golden_hash [--values | --check HASHES VALUES [--detail]]\n");
     return 2;
 }

@@ -58,7 +58,8 @@ TEST(InterpolFloatArrays, EqualsOneInterpolCallPerPoint) {
                                                      Count(xNew), option);
             for (std::size_t i = 0; i < xNew.size(); ++i) {
                 double out = 0.0;
-                const int status = QAL_Interpol(&out, xNew[i], x.data(), y.data(), nullptr, Count(x), option);
+                const int status =
+                    QAL_Interpol(&out, static_cast<double>(xNew[i]), x.data(), y.data(), nullptr, Count(x), option);
                 EXPECT_TRUE(SameBits(status == kOk ? static_cast<float>(out) : -1.0f, batch[i])) << option;
                 if (i + 1 == xNew.size()) { EXPECT_EQ(status, last) << option; }
             }
