@@ -129,7 +129,7 @@ double alwaysNaN(double) { return kNaN; }
 double step(double x) { return x < 0.7 ? -1.0 : x * x; }
 double (*const kFunctions[])(double) = {cubic, bell, steep, alwaysNaN, step};
 
-// ---- 1.x Frame: module, containers, raw matrices, conversion -------------------------
+// ---- Frame: module, containers, raw matrices, conversion -------------------------
 
 void frame(Recorder& r, Rng& g) {
     r.family("frame");
@@ -298,7 +298,7 @@ void frame(Recorder& r, Rng& g) {
     r.put(true);
 }
 
-// ---- 2.1 Guarded scalar functions ----------------------------------------------------
+// ---- Guarded scalar functions ---------------------------------------------------------
 
 template <class F>
 void scalars(Recorder& r, const char* name, const Vd& inputs, bool libm, F f) {
@@ -413,7 +413,7 @@ void guarded(Recorder& r, Rng& g) {
     QAL_ReleaseArray(nullptr);
 }
 
-// ---- 2.2 Vector statistics -----------------------------------------------------------
+// ---- Vector statistics ----------------------------------------------------------------
 
 t_QalVector<double> toVector(const Vd& values) {
     t_QalVector<double> v(count(values));
@@ -485,7 +485,7 @@ void vectorStatistics(Recorder& r, Rng& g) {
     r.put(k_Qal::SumInv2(b));
 }
 
-// ---- 2.3 Array sums, means and normalisation -----------------------------------------
+// ---- Array sums, means and normalisation ----------------------------------------------
 
 void arrayStatistics(Recorder& r, Rng& g) {
     r.family("array statistics");
@@ -544,7 +544,7 @@ void arrayStatistics(Recorder& r, Rng& g) {
     r.put(zeros);
 }
 
-// ---- 2.4 Ordered search and sort -----------------------------------------------------
+// ---- Ordered search and sort ----------------------------------------------------------
 
 void search(Recorder& r, Rng& g) {
     r.family("search");
@@ -613,7 +613,7 @@ void search(Recorder& r, Rng& g) {
     r.put(keys, 2);
 }
 
-// ---- 3.1 LU decomposition and solve --------------------------------------------------
+// ---- LU decomposition and solve -------------------------------------------------------
 
 void lu(Recorder& r, Rng& g) {
     r.family("lu");
@@ -674,7 +674,7 @@ void lu(Recorder& r, Rng& g) {
     QAL_DeleteMatrix(a, 3, 3);
 }
 
-// ---- 3.2 Gauss-Jordan elimination ----------------------------------------------------
+// ---- Gauss-Jordan elimination ---------------------------------------------------------
 
 void gaussJordan(Recorder& r, Rng& g) {
     r.family("gauss jordan");
@@ -706,7 +706,7 @@ void gaussJordan(Recorder& r, Rng& g) {
     r.put(raisesInvalidArgument([&] { k_Qal::GaussJordan(a, -1, b, 1); }));
 }
 
-// ---- 4.1 Linear regression -----------------------------------------------------------
+// ---- Linear regression ----------------------------------------------------------------
 
 void regression(Recorder& r, Rng& g) {
     r.family("regression");
@@ -732,7 +732,7 @@ void regression(Recorder& r, Rng& g) {
     }
 }
 
-// ---- 4.2 Line fits and line evaluation -----------------------------------------------
+// ---- Line fits and line evaluation ----------------------------------------------------
 
 void lines(Recorder& r, Rng& g) {
     r.family("lines");
@@ -800,7 +800,7 @@ void lines(Recorder& r, Rng& g) {
     r.put(out);
 }
 
-// ---- 5.1 Polynomial and rational interpolation --------------------------------------
+// ---- Polynomial and rational interpolation -------------------------------------------
 
 void polynomial(Recorder& r, Rng& g) {
     r.family("polynomial");
@@ -842,7 +842,7 @@ void polynomial(Recorder& r, Rng& g) {
     r.put(error);
 }
 
-// ---- 5.2 Cubic splines ---------------------------------------------------------------
+// ---- Cubic splines --------------------------------------------------------------------
 
 void splines(Recorder& r, Rng& g) {
     r.family("splines");
@@ -892,7 +892,7 @@ void splines(Recorder& r, Rng& g) {
     r.put(yOut);
 }
 
-// ---- 5.3 Akima slopes ----------------------------------------------------------------
+// ---- Akima slopes ---------------------------------------------------------------------
 
 void akima(Recorder& r, Rng& g) {
     r.family("akima");
@@ -921,7 +921,7 @@ void akima(Recorder& r, Rng& g) {
     r.put(slopes);
 }
 
-// ---- 5.4 Array resampling ------------------------------------------------------------
+// ---- Array resampling -----------------------------------------------------------------
 
 bool usesLogarithms(int option) { return option == QAL_INTERPOL_LOG_LINE || option == QAL_INTERPOL_LOG_SEGMENT; }
 
@@ -1009,7 +1009,7 @@ void resampling(Recorder& r, Rng& g) {
     r.put(outside);
 }
 
-// ---- 6.1 Savitzky-Golay coefficients and filtering -----------------------------------
+// ---- Savitzky-Golay coefficients and filtering ----------------------------------------
 
 void filters(Recorder& r, Rng& g) {
     r.family("filter");
@@ -1091,7 +1091,7 @@ void filters(Recorder& r, Rng& g) {
     r.put(outF);
 }
 
-// ---- 6.2 Derivative arrays -----------------------------------------------------------
+// ---- Derivative arrays ----------------------------------------------------------------
 
 void derivativeArrays(Recorder& r, Rng& g) {
     r.family("derivative arrays");
@@ -1145,7 +1145,7 @@ void derivativeArrays(Recorder& r, Rng& g) {
     r.put(df);
 }
 
-// ---- 6.3 Derivatives at a point ------------------------------------------------------
+// ---- Derivatives at a point -----------------------------------------------------------
 
 void pointDerivatives(Recorder& r, Rng& g) {
     r.family("point derivatives");
@@ -1183,7 +1183,7 @@ void pointDerivatives(Recorder& r, Rng& g) {
     r.put(QAL_FirstDerivativeLinReg(two.data(), two.data(), 0, 4, 0.5));
 }
 
-// ---- 6.4 Curvature -------------------------------------------------------------------
+// ---- Curvature ------------------------------------------------------------------------
 
 void curvature(Recorder& r, Rng& g) {
     r.family("curvature");
@@ -1209,7 +1209,7 @@ void curvature(Recorder& r, Rng& g) {
     }
 }
 
-// ---- 7.1 Extremum search -------------------------------------------------------------
+// ---- Extremum search ------------------------------------------------------------------
 
 void extremum(Recorder& r, Rng& g) {
     r.family("extremum");
@@ -1241,7 +1241,7 @@ void extremum(Recorder& r, Rng& g) {
     }
 }
 
-// ---- 7.2 Extremum drivers ------------------------------------------------------------
+// ---- Extremum drivers -----------------------------------------------------------------
 
 void extremumDrivers(Recorder& r, Rng& g) {
     r.family("extremum drivers");
@@ -1287,7 +1287,7 @@ void extremumDrivers(Recorder& r, Rng& g) {
     r.put(out);
 }
 
-// ---- 7.3 Threshold and end-point searches --------------------------------------------
+// ---- Threshold and end-point searches -------------------------------------------------
 
 void thresholds(Recorder& r, Rng& g) {
     r.family("thresholds");
@@ -1349,7 +1349,7 @@ void thresholds(Recorder& r, Rng& g) {
     r.put(out);
 }
 
-// ---- 7.4 Boundary curves -------------------------------------------------------------
+// ---- Boundary curves ------------------------------------------------------------------
 
 void boundaries(Recorder& r, Rng& g) {
     r.family("boundaries");
@@ -1387,7 +1387,7 @@ void boundaries(Recorder& r, Rng& g) {
     r.put(one[0]);
 }
 
-// ---- 7.5 Integration and root finding ------------------------------------------------
+// ---- Integration and root finding -----------------------------------------------------
 
 void integration(Recorder& r, Rng& g) {
     r.family("integration");
