@@ -27,6 +27,8 @@ VERSION = _project.group(1)
 # (no test hooks), and the binding files.
 library_sources = sorted(str(path) for path in (ROOT / "src").rglob("*.cpp"))
 binding_sources = sorted(str(path) for path in (HERE / "src").glob("*.cpp"))
+# Any change to a header rebuilds the module (setuptools compares times with these too).
+headers = sorted(str(path) for folder in (ROOT / "include", ROOT / "src", HERE / "src") for path in folder.rglob("*.h"))
 
 # Bit-exact results need what the CMake build sets for every target: no contraction of
 # a*b+c into one rounding, no fast-math of any kind, no -march. -O3 as CMake's Release.
@@ -35,6 +37,7 @@ exact_flags = ["-ffp-contract=off", "-fno-fast-math", "-O3", "-fno-semantic-inte
 extension = Pybind11Extension(
     "qallib._qal",
     sources=binding_sources + library_sources,
+    depends=headers + [str(HERE / "src" / "exports.map"), str(HERE / "setup.py")],
     include_dirs=[str(ROOT / "include"), str(ROOT / "src"), str(HERE / "src")],
     define_macros=[("QAL_BUILDING_LIBRARY", None), ("NDEBUG", None), ("QALLIB_VERSION", f'"{VERSION}"')],
     extra_compile_args=exact_flags,

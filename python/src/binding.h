@@ -57,7 +57,7 @@ bool holds(const py::array& array) {
 // the data alive while the pointer is in use.
 template <class T>
 struct Vec {
-    py::array array;
+    py::object array;  // None for an optional array not given
     const T* data;
     int n;
 };
@@ -81,13 +81,13 @@ Vec<T> vec(py::handle object, const char* name) {
 // As vec, but None gives an empty Vec with a null pointer (an optional array).
 template <class T>
 Vec<T> optionalVec(py::handle object, const char* name) {
-    if (object.is_none()) return {py::array(), nullptr, 0};
+    if (object.is_none()) return {py::none(), nullptr, 0};
     return vec<T>(object, name);
 }
 
 // A square or rectangular two-dimensional float64 array, C-contiguous.
 struct Mat {
-    py::array array;
+    py::object array;
     const double* data;
     int rows;
     int cols;
@@ -170,6 +170,7 @@ inline bool isScalar(py::handle object) {
 struct Elements {
     py::array array;
     std::vector<py::ssize_t> shape;
+    bool given = false;  // false for a number in place of an array
 };
 
 template <class T>
@@ -177,7 +178,7 @@ Elements elements(py::handle object, const char* name) {
     py::array array = toArray(object, name);
     if (!holds<T>(array)) raiseDtype(name, dtypeName<T>(), array);
     array = contiguous(std::move(array));
-    return {array, std::vector<py::ssize_t>(array.shape(), array.shape() + array.ndim())};
+    return {array, std::vector<py::ssize_t>(array.shape(), array.shape() + array.ndim()), true};
 }
 
 template <class T, class F>
@@ -213,12 +214,12 @@ py::object binary(py::handle a, const char* nameA, py::handle b, const char* nam
     } else {
         second = elements<T>(b, nameB);
     }
-    if (first.array && second.array && first.shape != second.shape) {
+    if (first.given && second.given && first.shape != second.shape) {
         throw py::value_error(std::string(nameA) + " and " + nameB + " must have the same shape");
     }
-    py::array_t<T> out(first.array ? first.shape : second.shape);
-    const T* sourceA = first.array ? static_cast<const T*>(first.array.data()) : nullptr;
-    const T* sourceB = second.array ? static_cast<const T*>(second.array.data()) : nullptr;
+    py::array_t<T> out(first.given ? first.shape : second.shape);
+    const T* sourceA = first.given ? static_cast<const T*>(first.array.data()) : nullptr;
+    const T* sourceB = second.given ? static_cast<const T*>(second.array.data()) : nullptr;
     T* target = out.mutable_data();
     const py::ssize_t count = out.size();
     {

@@ -217,7 +217,7 @@ x, y and scale of one length.)");
                                       std::to_string(in.cols));
             }
             const int n = in.rows;
-            Mat rhs = b.is_none() ? Mat{py::array(), nullptr, n, 0} : mat(b, "b");
+            Mat rhs = b.is_none() ? Mat{py::none(), nullptr, n, 0} : mat(b, "b");
             sameLength("a (rows)", n, "b (rows)", rhs.rows);
             const int m = rhs.cols;
             py::array_t<double> inverse({n, n});
