@@ -100,6 +100,8 @@ def _map_rows(function, options, arrays):
     samples axis, which is whole, so every block gets them whole."""
     template = _check(function, options, arrays)
     curves = arrays[-1]
+    # A 1-D array of one tuple per block: its dtype and meta are placeholders, since only
+    # the getters of _parts ever see its blocks.
     result = da.map_blocks(_block, function, options, *arrays, dtype=np.float64, meta=np.empty((0,)),
                            chunks=(curves.chunks[0],), drop_axis=1)
     return _parts(result, template)
