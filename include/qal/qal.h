@@ -13,6 +13,7 @@
 #define QAL_QAL_H
 
 #include "qal/qal_export.h"
+#include "qal/version.h"  // QAL_VERSION_* and qal_version(), the linked library's version
 
 // ---- Status codes ---------------------------------------------------------------------
 // The values are not contiguous; these ten are all that occur.
@@ -34,6 +35,9 @@ inline constexpr int QAL_EXTREMUM_MIN = 21;  // parabola through the means opens
 // ---- Module ----------------------------------------------------------------------------
 // Kept for hosts that call it after loading the module; it has no effect on this platform.
 QAL_API void InitQalLibExtDLL();
+// qal_version(), the version of the linked library as "MAJOR.MINOR.PATCH", is declared in
+// qal/version.h (included above) beside the macros QAL_VERSION_MAJOR, _MINOR, _PATCH and
+// QAL_VERSION_STRING of these headers.
 
 // ---- Frame: raw matrices and precision conversion --------------------------------------
 // A raw matrix is a table of `rows` row pointers over one block of rows * cols doubles,

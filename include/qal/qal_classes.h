@@ -18,6 +18,7 @@
 #ifndef QAL_QAL_CLASSES_H
 #define QAL_QAL_CLASSES_H
 
+#include <stdexcept>  // std::invalid_argument, raised for a negative size
 #include <string>
 #include <vector>
 

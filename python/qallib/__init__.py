@@ -65,10 +65,12 @@ from ._types import (
     Boundaries,
     Curvature,
     Estimate,
+    Extrema,
     Extremum,
     GaussJordan,
     Line,
     Located,
+    LevelCrossings,
     LUDecomposition,
     MeanSpread,
     MeanSquares,
@@ -91,7 +93,9 @@ from ._qal import (
     exp,
     filter_array,
     find_abs_values,
+    find_extrema,
     find_last_point,
+    find_level_crossings,
     find_x_at_y_threshold,
     first_derivative,
     first_derivative_golay,
@@ -155,7 +159,7 @@ __all__ = [
     "ParameterError", "NotFoundError", "OutOfRangeError", "TooFewPointsError", "LogSequenceError",
     # result types
     "Point", "Extremum", "Line", "Estimate", "LUDecomposition", "MeanSpread", "MeanSquares",
-    "Curvature", "Boundaries", "Sorted", "Located", "Repaired", "GaussJordan",
+    "Curvature", "Boundaries", "Sorted", "Located", "Repaired", "GaussJordan", "Extrema", "LevelCrossings",
     # class side
     "k_qal",
     # flat functions
@@ -173,7 +177,7 @@ __all__ = [
     "get_extremum", "get_next_extremum", "get_range_extremum", "get_auto_range_extremum",
     "get_auto_extremum",
     "find_x_at_y_threshold", "get_y_at_x_diff", "find_last_point", "calc_abs_maximum",
-    "calc_abs_minimum", "calc_boundaries", "trapez", "root_bisection",
+    "calc_abs_minimum", "find_extrema", "find_level_crossings", "calc_boundaries", "trapez", "root_bisection",
 ] + list(_constant_names)
 
 # The many-curves calls: 2-D arrays of curves in, one status per curve instead of an exception.

@@ -106,3 +106,27 @@ class MeanSquares(NamedTuple):
 
     mean: float
     squares: float
+
+
+class Extrema(NamedTuple):
+    """Every extremum of a curve (find_extrema), one array per field, one element per hit,
+    in the order of their windows."""
+
+    start: np.ndarray     #: int32, first sample of the window that found it
+    index: np.ndarray     #: int32, the extreme sample
+    kind: np.ndarray      #: int32, EXTREMUM_MAX or EXTREMUM_MIN
+    x: np.ndarray         #: float64, x[index]
+    y: np.ndarray         #: float64, y[index]
+    vertex_x: np.ndarray  #: float64, vertex of the window's parabola
+    vertex_y: np.ndarray  #: float64
+
+
+class LevelCrossings(NamedTuple):
+    """Every pair of neighbouring samples that reaches a level (find_level_crossings), one
+    array per field, in ascending order of index."""
+
+    index: np.ndarray    #: int32, first sample of the pair
+    x: np.ndarray        #: float64, x[index]
+    y: np.ndarray        #: float64, y[index]
+    cross_x: np.ndarray  #: float64, where the line through the pair meets the level
+    cross_y: np.ndarray  #: float64, the level

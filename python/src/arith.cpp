@@ -182,9 +182,7 @@ beyond x[0] (outputs 0) or x[-1] (outputs len(x) - 1).)");
     m.def(
         "find_abs_values",
         [](double value, py::handle x, py::handle y) {
-            Vec<double> xs = vec<double>(x, "x");
-            Vec<double> ys = vec<double>(y, "y");
-            sameLength("x", xs.n, "y", ys.n);
+            auto [xs, ys] = curveOf<double>(x, y);
             double xOut = NAN;
             double yOut = NAN;
             int status;

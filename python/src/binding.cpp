@@ -104,6 +104,8 @@ void loadTypes() {
     g_types.repaired = get("Repaired");
     g_types.gaussJordan = get("GaussJordan");
     g_types.meanSquares = get("MeanSquares");
+    g_types.extrema = get("Extrema");
+    g_types.crossings = get("LevelCrossings");
     g_types.float32 = py::object(py::module_::import("numpy").attr("float32")).release();
 }
 

@@ -85,6 +85,22 @@ Vec<T> optionalVec(py::handle object, const char* name) {
     return vec<T>(object, name);
 }
 
+// ValueError unless the two arrays have the same length.
+void sameLength(const char* nameA, int a, const char* nameB, int b);
+
+// A curve: x and y of one length (ValueError otherwise).
+template <class T>
+struct CurveOf {
+    Vec<T> x;
+    Vec<T> y;
+};
+template <class T>
+CurveOf<T> curveOf(py::handle x, py::handle y) {
+    CurveOf<T> c{vec<T>(x, "x"), vec<T>(y, "y")};
+    sameLength("x", c.x.n, "y", c.y.n);
+    return c;
+}
+
 // A square or rectangular two-dimensional float64 array, C-contiguous.
 struct Mat {
     py::object array;
@@ -113,8 +129,6 @@ py::object byDtype(py::handle object, const char* name, F&& f) {
     raiseDtype(name, "float32 or float64", array);
 }
 
-// ValueError unless the two arrays have the same length.
-void sameLength(const char* nameA, int a, const char* nameB, int b);
 // ValueError unless the array holds at least `minimum` elements (for the routines that
 // report a short array as QAL_ERR_MEMORY, a code Python keeps for allocation failures).
 void atLeast(const char* names, int n, int minimum);
@@ -153,6 +167,8 @@ struct ResultTypes {
     py::handle repaired;     // (value, changed)
     py::handle gaussJordan;  // (inverse, solutions)
     py::handle meanSquares;  // (mean, squares)
+    py::handle extrema;      // arrays (start, index, kind, x, y, vertex_x, vertex_y)
+    py::handle crossings;    // arrays (index, x, y, cross_x, cross_y)
     py::handle float32;      // numpy.float32
 };
 const ResultTypes& types();

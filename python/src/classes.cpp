@@ -53,6 +53,41 @@ R ofPair(py::handle a, py::handle b) {
     return F(va, vb);
 }
 
+// k_Qal::Mean with the spread.
+bool meanAndSpread(t_QalVector<double>& v, double& mean, double& spread) {
+    return k_Qal::Mean(v, mean, spread);
+}
+
+// Two results of one vector, or TooFewPointsError when the routine answers false (empty).
+template <bool (*F)(t_QalVector<double>&, double&, double&)>
+py::object moments(const char* function, py::handle v, py::handle result) {
+    Vec<double> in = vec<double>(v, "v");
+    double first = 0.0;
+    double second = 0.0;
+    bool done;
+    {
+        py::gil_scoped_release nogil;
+        t_QalVector<double> vector = toVector(in);
+        done = F(vector, first, second);
+    }
+    if (!done) raiseStatus(QAL_ERR_TOO_FEW_POINTS, function);
+    return result(first, second);
+}
+
+// Position and value of an extreme element.
+template <int (*F)(t_QalVector<double>&, double&)>
+py::object located(py::handle v) {
+    Vec<double> in = vec<double>(v, "v");
+    double extreme = 0.0;
+    int index;
+    {
+        py::gil_scoped_release nogil;
+        t_QalVector<double> vector = toVector(in);
+        index = F(vector, extreme);
+    }
+    return types().located(index, extreme);
+}
+
 // The float twin for a numpy.float32, the double one for anything else.
 template <class F>
 py::object repair(py::handle value, F f) {
@@ -119,74 +154,21 @@ pass); -1e25 when none. a and b of one length.)");
           R"(k_Qal::MinFraction: the smallest a[i] / b[i], skipping |b[i]| < 1e-25 (exactly 1e-25 and NaN
 pass); 1e25 when none. a and b of one length.)");
     k.def(
-        "mean",
-        [](py::handle v) {
-            Vec<double> in = vec<double>(v, "v");
-            double mean = 0.0;
-            double spread = 0.0;
-            bool done;
-            {
-                py::gil_scoped_release nogil;
-                t_QalVector<double> vector = toVector(in);
-                done = k_Qal::Mean(vector, mean, spread);
-            }
-            if (!done) raiseStatus(QAL_ERR_TOO_FEW_POINTS, "k_qal.mean");
-            return types().meanSpread(mean, spread);
-        },
-        "v"_a,
+        "mean", [](py::handle v) { return moments<meanAndSpread>("k_qal.mean", v, types().meanSpread); }, "v"_a,
         R"(k_Qal::Mean: MeanSpread(mean, spread) of the float64 array v, spread the sample standard
 deviation (0.0 for one element). Raises TooFewPointsError for an empty array (the C++ function
 answers false).)");
     k.def(
-        "n_variance",
-        [](py::handle v) {
-            Vec<double> in = vec<double>(v, "v");
-            double mean = 0.0;
-            double squares = 0.0;
-            bool done;
-            {
-                py::gil_scoped_release nogil;
-                t_QalVector<double> vector = toVector(in);
-                done = k_Qal::NVariance(vector, mean, squares);
-            }
-            if (!done) raiseStatus(QAL_ERR_TOO_FEW_POINTS, "k_qal.n_variance");
-            return types().meanSquares(mean, squares);
-        },
+        "n_variance", [](py::handle v) { return moments<&k_Qal::NVariance>("k_qal.n_variance", v, types().meanSquares); },
         "v"_a,
         R"(k_Qal::NVariance: MeanSquares(mean, squares), the mean and the plain sum of squared
 deviations of the float64 array v. Raises TooFewPointsError for an empty array (the C++
 function answers false).)");
-    k.def(
-        "min",
-        [](py::handle v) {
-            Vec<double> in = vec<double>(v, "v");
-            double extreme = 0.0;
-            int index;
-            {
-                py::gil_scoped_release nogil;
-                t_QalVector<double> vector = toVector(in);
-                index = k_Qal::Min(vector, extreme);
-            }
-            return types().located(index, extreme);
-        },
-        "v"_a,
-        R"(k_Qal::Min: Located(index, value) of the first smallest element (a NaN never replaces one, a
+    k.def("min", &located<&k_Qal::Min>, "v"_a,
+          R"(k_Qal::Min: Located(index, value) of the first smallest element (a NaN never replaces one, a
 NaN at 0 stays); (-1, 0.0) for an empty array.)");
-    k.def(
-        "max",
-        [](py::handle v) {
-            Vec<double> in = vec<double>(v, "v");
-            double extreme = 0.0;
-            int index;
-            {
-                py::gil_scoped_release nogil;
-                t_QalVector<double> vector = toVector(in);
-                index = k_Qal::Max(vector, extreme);
-            }
-            return types().located(index, extreme);
-        },
-        "v"_a,
-        R"(k_Qal::Max: Located(index, value) of the first largest element (a NaN never replaces one, a
+    k.def("max", &located<&k_Qal::Max>, "v"_a,
+          R"(k_Qal::Max: Located(index, value) of the first largest element (a NaN never replaces one, a
 NaN at 0 stays); (-1, 0.0) for an empty array.)");
     k.def(
         "lin_cor_coef",
@@ -219,9 +201,9 @@ x, y and scale of one length.)");
             const int n = in.rows;
             Mat rhs = b.is_none() ? Mat{py::none(), nullptr, n, 0} : mat(b, "b");
             sameLength("a (rows)", n, "b (rows)", rhs.rows);
-            const int m = rhs.cols;
+            const int columns = rhs.cols;
             py::array_t<double> inverse({n, n});
-            py::array_t<double> solutions({n, m});
+            py::array_t<double> solutions({n, columns});
             double* inverseData = inverse.mutable_data();
             double* solutionData = solutions.mutable_data();
             int result;
@@ -231,7 +213,7 @@ x, y and scale of one length.)");
                 t_QalMatrix<double> ma = toMatrix(in);
                 t_QalMatrix<double> mb = rhs.data ? toMatrix(rhs) : t_QalMatrix<double>(n, 0);
                 try {
-                    result = k_Qal::GaussJordan(ma, n, mb, m);
+                    result = k_Qal::GaussJordan(ma, n, mb, columns);
                 } catch (const k_QalExceptionIndex& e) {
                     // With the sizes checked, only a pivot search among NaNs alone raises (-1).
                     allNaN = true;
@@ -239,7 +221,7 @@ x, y and scale of one length.)");
                 }
                 if (!allNaN && result == 0) {
                     fromMatrix(ma, inverseData, n, n);
-                    fromMatrix(mb, solutionData, n, m);
+                    fromMatrix(mb, solutionData, n, columns);
                 }
             }
             if (allNaN) throw py::value_error("a: every candidate of a pivot search is NaN");

@@ -3,7 +3,10 @@
 #include <cmath>
 #include <limits>
 
+#include <vector>
+
 #include "binding.h"
+#include "qal/qal_curves.h"
 
 namespace qalpy {
 
@@ -11,15 +14,10 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-struct Curve {
-    Vec<double> x;
-    Vec<double> y;
-};
+using Curve = CurveOf<double>;
 
 Curve curve(py::handle x, py::handle y) {
-    Curve c{vec<double>(x, "x"), vec<double>(y, "y")};
-    sameLength("x", c.x.n, "y", c.y.n);
-    return c;
+    return curveOf<double>(x, y);
 }
 
 // The drivers and searches leave a point; a status of `quiet` gives None when asked.
@@ -55,6 +53,53 @@ const char* const kDriverFailures = R"(
 ValueError for fewer than 3 points (QAL_ERR_MEMORY in C++). Raises NotFoundError when no
 window holds an extremum of kind, with Point(x[0], -1e25 for a maximum, else 1e25) in
 .outputs; none_if_not_found=True returns None instead.)";
+
+using Driver = int (*)(const double*, const double*, int, double*, double*, int, int, int, float);
+
+// The three drivers that slide one window size differ only in their routine.
+void defDriver(py::module_& m, const char* name, Driver routine, const char* doc) {
+    m.def(
+        name,
+        [name, routine](py::handle x, py::handle y, int window, int kind, int useVertex, float minHeightPercent,
+                        bool noneIfNotFound) {
+            return pointSearch(
+                name, x, y, 3, noneIfNotFound,
+                [&](const Curve& c, double* xOut, double* yOut) {
+                    return routine(c.x.data, c.y.data, c.x.n, xOut, yOut, window, kind, useVertex, minHeightPercent);
+                },
+                driverCarries);
+        },
+        "x"_a, "y"_a, "window"_a, "kind"_a, "use_vertex"_a = true, "min_height_percent"_a = 0.0f,
+        "none_if_not_found"_a = false, (std::string(doc) + kDriverFailures).c_str());
+}
+
+using CurveSearch = int (*)(const double*, const double*, int, double*, double*);
+
+int lastPoint(const double* x, const double* y, int n, double* xOut, double* yOut) {
+    return QAL_Find_LastPoint(x, y, n, 0, 0, xOut, yOut);
+}
+
+// The searches over the whole curve without options.
+void defCurveSearch(py::module_& m, const char* name, CurveSearch routine, const char* doc) {
+    m.def(
+        name,
+        [name, routine](py::handle x, py::handle y) {
+            return pointSearch(
+                name, x, y, 0, false,
+                [&](const Curve& c, double* xOut, double* yOut) { return routine(c.x.data, c.y.data, c.x.n, xOut, yOut); },
+                searchCarries);
+        },
+        "x"_a, "y"_a, doc);
+}
+
+// One field of every hit, as a new array.
+template <class T, class Hit, class Field>
+py::array_t<T> column(const std::vector<Hit>& hits, Field field) {
+    py::array_t<T> out(static_cast<py::ssize_t>(hits.size()));
+    T* data = out.mutable_data();
+    for (const Hit& hit : hits) *data++ = field(hit);
+    return out;
+}
 
 }  // namespace
 
@@ -92,67 +137,21 @@ when two mean abscissae are closer than 1e-25; NotFoundError otherwise, with the
 0.0, 0.0 when none was found) in .outputs; none_if_not_found=True returns None instead.)");
 
     // ---- Extremum drivers
-    m.def(
-        "get_next_extremum",
-        [](py::handle x, py::handle y, int window, int kind, int useVertex, float minHeightPercent,
-           bool noneIfNotFound) {
-            return pointSearch(
-                "get_next_extremum", x, y, 3, noneIfNotFound,
-                [&](const Curve& c, double* xOut, double* yOut) {
-                    return QAL_GetNextExtremum(c.x.data, c.y.data, c.x.n, xOut, yOut, window, kind, useVertex,
-                                               minHeightPercent);
-                },
-                driverCarries);
-        },
-        "x"_a, "y"_a, "window"_a, "kind"_a, "use_vertex"_a = true, "min_height_percent"_a = 0.0f,
-        "none_if_not_found"_a = false,
-        (std::string(
-             R"(QAL_GetNextExtremum: Point(x, y) of the first window from the left that holds an extremum of
+    defDriver(m, "get_next_extremum", QAL_GetNextExtremum,
+              R"(QAL_GetNextExtremum: Point(x, y) of the first window from the left that holds an extremum of
 kind (ExtremumKind), as get_extremum judges it. The window of w samples slides one sample at a
 time over start = 0 .. n - w - 1 (the last sample enters no window); w is window rounded down
 to a multiple of 3, at least 3, n // 2 for a window above n, and a negative window counts as
 its magnitude.
 
 Raises OutOfRangeError when w exceeds n (a large negative window), with the preset point in
-.outputs.)") +
-         kDriverFailures)
-            .c_str());
-    m.def(
-        "get_range_extremum",
-        [](py::handle x, py::handle y, int window, int kind, int useVertex, float minHeightPercent,
-           bool noneIfNotFound) {
-            return pointSearch(
-                "get_range_extremum", x, y, 3, noneIfNotFound,
-                [&](const Curve& c, double* xOut, double* yOut) {
-                    return QAL_GetRangeExtremum(c.x.data, c.y.data, c.x.n, xOut, yOut, window, kind, useVertex,
-                                                minHeightPercent);
-                },
-                driverCarries);
-        },
-        "x"_a, "y"_a, "window"_a, "kind"_a, "use_vertex"_a = true, "min_height_percent"_a = 0.0f,
-        "none_if_not_found"_a = false,
-        (std::string(R"(QAL_GetRangeExtremum: Point(x, y) of the highest maximum or lowest minimum of kind over all
-windows of one size (as get_next_extremum slides them); of equal ones the earliest.)") +
-         kDriverFailures)
-            .c_str());
-    m.def(
-        "get_auto_range_extremum",
-        [](py::handle x, py::handle y, int window, int kind, int useVertex, float minHeightPercent,
-           bool noneIfNotFound) {
-            return pointSearch(
-                "get_auto_range_extremum", x, y, 3, noneIfNotFound,
-                [&](const Curve& c, double* xOut, double* yOut) {
-                    return QAL_GetAutoRangeExtremum(c.x.data, c.y.data, c.x.n, xOut, yOut, window, kind, useVertex,
-                                                    minHeightPercent);
-                },
-                driverCarries);
-        },
-        "x"_a, "y"_a, "window"_a, "kind"_a, "use_vertex"_a = true, "min_height_percent"_a = 0.0f,
-        "none_if_not_found"_a = false,
-        (std::string(R"(QAL_GetAutoRangeExtremum: as get_range_extremum, doubling the window after each pass that finds
-nothing while it is below n // 3; the first pass that finds something gives the result.)") +
-         kDriverFailures)
-            .c_str());
+.outputs.)");
+    defDriver(m, "get_range_extremum", QAL_GetRangeExtremum,
+              R"(QAL_GetRangeExtremum: Point(x, y) of the highest maximum or lowest minimum of kind over all
+windows of one size (as get_next_extremum slides them); of equal ones the earliest.)");
+    defDriver(m, "get_auto_range_extremum", QAL_GetAutoRangeExtremum,
+              R"(QAL_GetAutoRangeExtremum: as get_range_extremum, doubling the window after each pass that finds
+nothing while it is below n // 3; the first pass that finds something gives the result.)");
     m.def(
         "get_auto_extremum",
         [](py::handle x, py::handle y, int kind, int useVertex, float minHeightPercent) -> py::object {
@@ -231,53 +230,82 @@ the one before it at the target) instead.
 Raises ParameterError for empty arrays; TooFewPointsError for one point, with it in .outputs;
 OutOfRangeError when no sample reaches the target, with (target, y at the far end of the
 scan) in .outputs.)");
-    m.def(
-        "find_last_point",
-        [](py::handle x, py::handle y) {
-            return pointSearch(
-                "find_last_point", x, y, 0, false,
-                [&](const Curve& c, double* xOut, double* yOut) {
-                    return QAL_Find_LastPoint(c.x.data, c.y.data, c.x.n, 0, 0, xOut, yOut);
-                },
-                searchCarries);
-        },
-        "x"_a, "y"_a,
-        R"(QAL_Find_LastPoint: Point(x, y) of the last sample of the float64 curve.
+    defCurveSearch(m, "find_last_point", lastPoint,
+                   R"(QAL_Find_LastPoint: Point(x, y) of the last sample of the float64 curve.
 
 Raises ParameterError for empty arrays; TooFewPointsError for one point, with it in
 .outputs.)");
-    m.def(
-        "calc_abs_maximum",
-        [](py::handle x, py::handle y) {
-            return pointSearch(
-                "calc_abs_maximum", x, y, 0, false,
-                [&](const Curve& c, double* xOut, double* yOut) {
-                    return QAL_Calc_AbsMaximum(c.x.data, c.y.data, c.x.n, xOut, yOut);
-                },
-                searchCarries);
-        },
-        "x"_a, "y"_a,
-        R"(QAL_Calc_AbsMaximum: Point(x, y) of the highest sample of the whole float64 curve; of equal
+    defCurveSearch(m, "calc_abs_maximum", QAL_Calc_AbsMaximum,
+                   R"(QAL_Calc_AbsMaximum: Point(x, y) of the highest sample of the whole float64 curve; of equal
 ones the last. Later NaNs are passed over.
 
 Raises ParameterError for empty arrays; TooFewPointsError for one point and NotFoundError
 when y[0] is NaN, each with the first sample in .outputs.)");
-    m.def(
-        "calc_abs_minimum",
-        [](py::handle x, py::handle y) {
-            return pointSearch(
-                "calc_abs_minimum", x, y, 0, false,
-                [&](const Curve& c, double* xOut, double* yOut) {
-                    return QAL_Calc_AbsMinimum(c.x.data, c.y.data, c.x.n, xOut, yOut);
-                },
-                searchCarries);
-        },
-        "x"_a, "y"_a,
-        R"(QAL_Calc_AbsMinimum: Point(x, y) of the lowest sample of the whole float64 curve; of equal
+    defCurveSearch(m, "calc_abs_minimum", QAL_Calc_AbsMinimum,
+                   R"(QAL_Calc_AbsMinimum: Point(x, y) of the lowest sample of the whole float64 curve; of equal
 ones the last. Later NaNs are passed over.
 
 Raises ParameterError for empty arrays; TooFewPointsError for one point and NotFoundError
 when y[0] is NaN, each with the first sample in .outputs.)");
+
+    // ---- Whole-curve helpers
+    m.def(
+        "find_extrema",
+        [](py::handle x, py::handle y, int window, float minHeightPercent) {
+            Curve c = curve(x, y);
+            std::vector<qal::Extremum> hits;
+            {
+                py::gil_scoped_release nogil;
+                hits = qal::findExtrema(c.x.data, c.y.data, c.x.n, window, minHeightPercent);
+            }
+            using E = qal::Extremum;
+            return types().extrema(column<int>(hits, [](const E& e) { return e.start; }),
+                                   column<int>(hits, [](const E& e) { return e.index; }),
+                                   column<int>(hits, [](const E& e) { return e.kind; }),
+                                   column<double>(hits, [](const E& e) { return e.x; }),
+                                   column<double>(hits, [](const E& e) { return e.y; }),
+                                   column<double>(hits, [](const E& e) { return e.vertexX; }),
+                                   column<double>(hits, [](const E& e) { return e.vertexY; }));
+        },
+        "x"_a, "y"_a, "window"_a, "min_height_percent"_a = 0.0f,
+        R"(qal::findExtrema: Extrema(start, index, kind, x, y, vertex_x, vertex_y), every maximum and
+minimum of the float64 curve, one array element per hit, in the order of their windows.
+
+The window slides as in get_range_extremum (w from window, start = 0 .. n - w - 1). A window
+is a hit where get_extremum accepts a maximum or a minimum (min_height_percent, rounded to
+float32) and both its extreme sample and its vertex beat the drivers' sentinel: just where
+get_next_extremum started at that window stops, with use_vertex False (x, y: the extreme
+sample x[index], y[index]) and True (vertex_x, vertex_y). Each extreme sample is reported
+once per kind, by the first window that finds it. Flat windows and windows holding a NaN are
+no hits. Empty for fewer than 3 points or when no window fits; never raises a QalError
+(MemoryError when the list cannot be allocated).
+
+Select the peaks with result.kind == EXTREMUM_MAX.)");
+    m.def(
+        "find_level_crossings",
+        [](py::handle x, py::handle y, float level) {
+            Curve c = curve(x, y);
+            std::vector<qal::LevelCrossing> hits;
+            {
+                py::gil_scoped_release nogil;
+                hits = qal::findLevelCrossings(c.x.data, c.y.data, c.x.n, level);
+            }
+            using L = qal::LevelCrossing;
+            return types().crossings(column<int>(hits, [](const L& h) { return h.index; }),
+                                     column<double>(hits, [](const L& h) { return h.x; }),
+                                     column<double>(hits, [](const L& h) { return h.y; }),
+                                     column<double>(hits, [](const L& h) { return h.crossX; }),
+                                     column<double>(hits, [](const L& h) { return h.crossY; }));
+        },
+        "x"_a, "y"_a, "level"_a,
+        R"(qal::findLevelCrossings: LevelCrossings(index, x, y, cross_x, cross_y), every pair of
+neighbouring samples index, index + 1 that find_x_at_y_threshold with the absolute level
+(rounded to float32), scanning forward, reports when started at its first sample: the pairs
+i = 0 .. n - 3 with 0 >= (y[i+1] - L)(y[i] - L). The last pair is never examined, a sample
+exactly on the level makes both its pairs hits, a pair holding a NaN is none. x, y are the
+pair's first sample, cross_x, cross_y the crossing on the line through the pair and the
+level (cross_x 0.0 for a flat pair). In ascending order of index; empty for fewer than 3
+points. Never raises a QalError (MemoryError when the list cannot be allocated).)");
 
     // ---- Boundary curves
     m.def(

@@ -23,32 +23,33 @@ Knots knots(py::handle x, py::handle y, py::handle y2) {
     return k;
 }
 
+using SplinePoint = int (*)(const double*, const double*, const double*, int, double, double*);
+
 // A point evaluation of the spline that leaves its status and one double.
-template <class F>
-double splinePoint(const char* function, py::handle x, py::handle y, py::handle y2, F call) {
+double splinePoint(const char* function, SplinePoint routine, py::handle x, py::handle y, py::handle y2,
+                   double xValue) {
     Knots k = knots(x, y, y2);
     double out = std::numeric_limits<double>::quiet_NaN();
     int status;
     {
         py::gil_scoped_release nogil;
-        status = call(k, &out);
+        status = routine(k.x.data, k.y.data, k.y2.data, k.x.n, xValue, &out);
     }
     // A zero-wide interval leaves a usable stand-in (y[lo], or 1e15 for a derivative).
     if (status != QAL_OK) raiseStatus(status, function, status == QAL_ERR_ZERO_DIVISION ? py::object(py::float_(out)) : py::none());
     return out;
 }
 
-template <class F>
-py::object tableau(const char* function, py::handle x, py::handle y, F call) {
-    Vec<double> xs = vec<double>(x, "x");
-    Vec<double> ys = vec<double>(y, "y");
-    sameLength("x", xs.n, "y", ys.n);
+using Tableau = int (*)(const double*, const double*, int, double, double*, double*);
+
+py::object tableau(const char* function, Tableau routine, py::handle x, py::handle y, double xValue) {
+    auto [xs, ys] = curveOf<double>(x, y);
     double value = std::numeric_limits<double>::quiet_NaN();
     double error = std::numeric_limits<double>::quiet_NaN();
     int status;
     {
         py::gil_scoped_release nogil;
-        status = call(xs, ys, &value, &error);
+        status = routine(xs.data, ys.data, xs.n, xValue, &value, &error);
     }
     if (status != QAL_OK) raiseStatus(status, function);
     return types().estimate(value, error);
@@ -61,9 +62,7 @@ void registerInterpolation(py::module_& m) {
     m.def(
         "splines",
         [](py::handle x, py::handle y, double slopeFirst, double slopeLast) {
-            Vec<double> xs = vec<double>(x, "x");
-            Vec<double> ys = vec<double>(y, "y");
-            sameLength("x", xs.n, "y", ys.n);
+            auto [xs, ys] = curveOf<double>(x, y);
             py::array_t<double> y2(xs.n);
             double* table = y2.mutable_data();
             int status;
@@ -86,9 +85,7 @@ array cannot be allocated.)");
     m.def(
         "cubic_spline_interpolation",
         [](py::handle x, py::handle y, py::handle y2, double xValue) {
-            return splinePoint("cubic_spline_interpolation", x, y, y2, [&](const Knots& k, double* out) {
-                return QAL_CubicSplineInterpolation(k.x.data, k.y.data, k.y2.data, k.x.n, xValue, out);
-            });
+            return splinePoint("cubic_spline_interpolation", QAL_CubicSplineInterpolation, x, y, y2, xValue);
         },
         "x"_a, "y"_a, "y2"_a, "x_value"_a,
         R"(QAL_CubicSplineInterpolation: the spline of x, y and its table y2 (from splines) at x_value,
@@ -100,9 +97,7 @@ interval is not wider than 1e-25 (NaN too), with y[lo] in .outputs.)");
     m.def(
         "first_derivative",
         [](py::handle x, py::handle y, py::handle y2, double xValue) {
-            return splinePoint("first_derivative", x, y, y2, [&](const Knots& k, double* out) {
-                return QAL_FirstDerivative(k.x.data, k.y.data, k.y2.data, k.x.n, xValue, out);
-            });
+            return splinePoint("first_derivative", QAL_FirstDerivative, x, y, y2, xValue);
         },
         "x"_a, "y"_a, "y2"_a, "x_value"_a,
         R"(QAL_FirstDerivative: the first derivative at x_value of the spline of x, y and its table y2
@@ -114,9 +109,7 @@ interval is not wider than 1e-25 (NaN too), with 1e15 in .outputs.)");
     m.def(
         "second_derivative",
         [](py::handle x, py::handle y, py::handle y2, double xValue) {
-            return splinePoint("second_derivative", x, y, y2, [&](const Knots& k, double* out) {
-                return QAL_SecondDerivative(k.x.data, k.y.data, k.y2.data, k.x.n, xValue, out);
-            });
+            return splinePoint("second_derivative", QAL_SecondDerivative, x, y, y2, xValue);
         },
         "x"_a, "y"_a, "y2"_a, "x_value"_a,
         R"(QAL_SecondDerivative: the second derivative at x_value of the spline of x, y and its table y2
@@ -215,10 +208,7 @@ Raises ParameterError for empty arrays.)");
     m.def(
         "polynomial_interpolation",
         [](py::handle x, py::handle y, double xValue) {
-            return tableau("polynomial_interpolation", x, y,
-                           [&](const Vec<double>& xs, const Vec<double>& ys, double* value, double* error) {
-                               return QAL_PolynomialInterpolation(xs.data, ys.data, xs.n, xValue, value, error);
-                           });
+            return tableau("polynomial_interpolation", QAL_PolynomialInterpolation, x, y, xValue);
         },
         "x"_a, "y"_a, "x_value"_a,
         R"(QAL_PolynomialInterpolation: Estimate(value, error_estimate) of Neville's polynomial through the
@@ -231,10 +221,7 @@ work arrays cannot be allocated.)");
     m.def(
         "rationial_interpolation",
         [](py::handle x, py::handle y, double xValue) {
-            return tableau("rationial_interpolation", x, y,
-                           [&](const Vec<double>& xs, const Vec<double>& ys, double* value, double* error) {
-                               return QAL_RationialInterpolation(xs.data, ys.data, xs.n, xValue, value, error);
-                           });
+            return tableau("rationial_interpolation", QAL_RationialInterpolation, x, y, xValue);
         },
         "x"_a, "y"_a, "x_value"_a,
         R"(QAL_RationialInterpolation: Estimate(value, error_estimate) of the diagonal rational function
@@ -249,9 +236,7 @@ work arrays cannot be allocated.)");
     m.def(
         "akima_sub",
         [](py::handle x, py::handle y) {
-            Vec<float> xs = vec<float>(x, "x");
-            Vec<float> ys = vec<float>(y, "y");
-            sameLength("x", xs.n, "y", ys.n);
+            auto [xs, ys] = curveOf<float>(x, y);
             py::array_t<float> slopes(xs.n);
             float* out = slopes.mutable_data();
             int status;

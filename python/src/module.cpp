@@ -1,6 +1,7 @@
 // The compiled module qallib._qal. Each family of the library registers its functions from
 // its own file; the Python package (qallib/__init__.py) re-exports them with the enums.
 #include "binding.h"
+#include "qal/version.h"
 
 PYBIND11_MODULE(_qal, m) {
     namespace py = pybind11;
@@ -35,7 +36,7 @@ PYBIND11_MODULE(_qal, m) {
     constants["QAL_DERIV_LINE_FIT"] = QAL_DERIV_LINE_FIT;
     constants["QAL_DERIV_SPLINE"] = QAL_DERIV_SPLINE;
     m.attr("constants") = constants;
-    m.def("version", [] { return QALLIB_VERSION; }, "The version of the QalLib library compiled into this module.");
+    m.def("version", &qal_version, "qal_version(): the version of the QalLib library compiled into this module.");
 
     qalpy::registerArith(m);
     qalpy::registerSolversLines(m);

@@ -117,9 +117,7 @@ AllocationError as the coefficient build fails.)");
         [](py::handle x, py::handle y, int method, int order, int span) {
             return byDtype(x, "x", [&](auto tag) {
                 using T = decltype(tag);
-                Vec<T> xs = vec<T>(x, "x");
-                Vec<T> ys = vec<T>(y, "y");
-                sameLength("x", xs.n, "y", ys.n);
+                auto [xs, ys] = curveOf<T>(x, y);
                 // A method the routine does not know leaves deriv as it was: NaN here.
                 py::array_t<T> deriv = newArray<T>(xs.n, static_cast<T>(kNaN));
                 T* out = deriv.mutable_data();
@@ -179,9 +177,7 @@ the C++ call has ended (it then got NaN without further calls). Never raises a Q
     m.def(
         "first_derivative_golay",
         [](py::handle x, py::handle y, double xValue) {
-            Vec<double> xs = vec<double>(x, "x");
-            Vec<double> ys = vec<double>(y, "y");
-            sameLength("x", xs.n, "y", ys.n);
+            auto [xs, ys] = curveOf<double>(x, y);
             py::gil_scoped_release nogil;
             return QAL_FirstDerivativeGolay(xs.data, ys.data, xs.n, xValue);
         },
@@ -194,9 +190,7 @@ Never raises a QalError.)");
     m.def(
         "first_derivative_lin_reg",
         [](py::handle x, py::handle y, int span, double xValue) {
-            Vec<double> xs = vec<double>(x, "x");
-            Vec<double> ys = vec<double>(y, "y");
-            sameLength("x", xs.n, "y", ys.n);
+            auto [xs, ys] = curveOf<double>(x, y);
             py::gil_scoped_release nogil;
             return QAL_FirstDerivativeLinReg(xs.data, ys.data, xs.n, span, xValue);
         },
@@ -209,9 +203,7 @@ span < 2, or an interval narrower than 1e-25. Never raises a QalError.)");
     m.def(
         "kruemmung",
         [](py::handle x, py::handle y) {
-            Vec<float> xs = vec<float>(x, "x");
-            Vec<float> ys = vec<float>(y, "y");
-            sameLength("x", xs.n, "y", ys.n);
+            auto [xs, ys] = curveOf<float>(x, y);
             const float nan = std::numeric_limits<float>::quiet_NaN();
             py::array_t<float> first = newArray<float>(xs.n, nan);
             py::array_t<float> second = newArray<float>(xs.n, nan);
@@ -231,9 +223,7 @@ points: all NaN. A zero step leaves an infinity or NaN. Never raises a QalError.
     m.def(
         "kruemmung2",
         [](py::handle x, py::handle y, int gapWidth, int chordWidth) {
-            Vec<float> xs = vec<float>(x, "x");
-            Vec<float> ys = vec<float>(y, "y");
-            sameLength("x", xs.n, "y", ys.n);
+            auto [xs, ys] = curveOf<float>(x, y);
             py::array_t<float> result = newArray<float>(xs.n, std::numeric_limits<float>::quiet_NaN());
             float* out = result.mutable_data();
             {

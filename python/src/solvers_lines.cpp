@@ -25,6 +25,44 @@ Mat squareMat(py::handle object, const char* name) {
     return a;
 }
 
+// A line fitted by `fit` (the double or the float routine by the arrays' dtype), or
+// TooFewPointsError when it answers false.
+template <class Fit>
+py::object fitLine(const char* function, py::handle x, py::handle y, Fit fit) {
+    return byDtype(x, "x", [&](auto tag) {
+        using T = decltype(tag);
+        auto [xs, ys] = curveOf<T>(x, y);
+        T intercept{};
+        T slope{};
+        bool done;
+        {
+            py::gil_scoped_release nogil;
+            done = fit(xs.data, ys.data, xs.n, &intercept, &slope);
+        }
+        if (!done) raiseStatus(QAL_ERR_TOO_FEW_POINTS, function);
+        return types().line(scalar(intercept), scalar(slope));
+    });
+}
+
+// QAL_CalcLinX or QAL_CalcLinY and their float twins: one coordinate on the fitted line.
+py::object alongLine(double value, py::handle x, py::handle y, double (*ofDouble)(double, const double*, const double*, int),
+                     float (*ofFloat)(float, const float*, const float*, int)) {
+    return byDtype(x, "x", [&](auto tag) {
+        using T = decltype(tag);
+        auto [xs, ys] = curveOf<T>(x, y);
+        T result;
+        {
+            py::gil_scoped_release nogil;
+            if constexpr (std::is_same_v<T, float>) {
+                result = ofFloat(static_cast<float>(value), xs.data, ys.data, xs.n);
+            } else {
+                result = ofDouble(value, xs.data, ys.data, xs.n);
+            }
+        }
+        return scalar(result);
+    });
+}
+
 }  // namespace
 
 void registerSolversLines(py::module_& m) {
@@ -96,22 +134,13 @@ in that element. Never raises a QalError; ValueError for a pivot that is not a r
     m.def(
         "lin_fit",
         [](py::handle x, py::handle y) {
-            return byDtype(x, "x", [&](auto tag) {
-                using T = decltype(tag);
-                Vec<T> xs = vec<T>(x, "x");
-                Vec<T> ys = vec<T>(y, "y");
-                sameLength("x", xs.n, "y", ys.n);
-                T intercept{};
-                T slope{};
-                {
-                    py::gil_scoped_release nogil;
-                    if constexpr (std::is_same_v<T, float>) {
-                        QAL_LinFitFloat(xs.data, ys.data, xs.n, &intercept, &slope);
-                    } else {
-                        QAL_LinFit(xs.data, ys.data, xs.n, &intercept, &slope);
-                    }
+            return fitLine("lin_fit", x, y, [](auto x_, auto y_, int n, auto* intercept, auto* slope) {
+                if constexpr (std::is_same_v<decltype(x_), const float*>) {
+                    QAL_LinFitFloat(x_, y_, n, intercept, slope);
+                } else {
+                    QAL_LinFit(x_, y_, n, intercept, slope);
                 }
-                return types().line(scalar(intercept), scalar(slope));
+                return true;
             });
         },
         "x"_a, "y"_a,
@@ -122,22 +151,7 @@ with an exact mean, give NaN in both. Never raises a QalError.)");
     m.def(
         "calc_lin_x",
         [](double xValue, py::handle x, py::handle y) {
-            return byDtype(x, "x", [&](auto tag) {
-                using T = decltype(tag);
-                Vec<T> xs = vec<T>(x, "x");
-                Vec<T> ys = vec<T>(y, "y");
-                sameLength("x", xs.n, "y", ys.n);
-                T result;
-                {
-                    py::gil_scoped_release nogil;
-                    if constexpr (std::is_same_v<T, float>) {
-                        result = QAL_CalcLinXFloat(static_cast<float>(xValue), xs.data, ys.data, xs.n);
-                    } else {
-                        result = QAL_CalcLinX(xValue, xs.data, ys.data, xs.n);
-                    }
-                }
-                return scalar(result);
-            });
+            return alongLine(xValue, x, y, QAL_CalcLinX, QAL_CalcLinXFloat);
         },
         "x_value"_a, "x"_a, "y"_a,
         R"(QAL_CalcLinX / QAL_CalcLinXFloat: the ordinate of the fitted line (lin_fit) at x_value.
@@ -146,22 +160,7 @@ fewer than 2 points (indistinguishable from a true 0.0). Never raises a QalError
     m.def(
         "calc_lin_y",
         [](double yValue, py::handle x, py::handle y) {
-            return byDtype(x, "x", [&](auto tag) {
-                using T = decltype(tag);
-                Vec<T> xs = vec<T>(x, "x");
-                Vec<T> ys = vec<T>(y, "y");
-                sameLength("x", xs.n, "y", ys.n);
-                T result;
-                {
-                    py::gil_scoped_release nogil;
-                    if constexpr (std::is_same_v<T, float>) {
-                        result = QAL_CalcLinYFloat(static_cast<float>(yValue), xs.data, ys.data, xs.n);
-                    } else {
-                        result = QAL_CalcLinY(yValue, xs.data, ys.data, xs.n);
-                    }
-                }
-                return scalar(result);
-            });
+            return alongLine(yValue, x, y, QAL_CalcLinY, QAL_CalcLinYFloat);
         },
         "y_value"_a, "x"_a, "y"_a,
         R"(QAL_CalcLinY / QAL_CalcLinYFloat: the abscissa where the fitted line reaches y_value. With
@@ -191,25 +190,13 @@ magnitude, with both coordinates the float32 nearest 1e25 in .outputs.)");
     m.def(
         "linear_regression",
         [](py::handle x, py::handle y) {
-            return byDtype(x, "x", [&](auto tag) {
-                using T = decltype(tag);
-                Vec<T> xs = vec<T>(x, "x");
-                Vec<T> ys = vec<T>(y, "y");
-                sameLength("x", xs.n, "y", ys.n);
-                T intercept{};
-                T slope{};
-                int done;
-                {
-                    py::gil_scoped_release nogil;
-                    if constexpr (std::is_same_v<T, float>) {
-                        // Tests nothing and always answers QAL_OK.
-                        done = QAL_LinearRegressionFloat(xs.data, ys.data, xs.n, &intercept, &slope) == QAL_OK;
-                    } else {
-                        done = QAL_LinearRegression(xs.data, ys.data, xs.n, &intercept, &slope);
-                    }
+            return fitLine("linear_regression", x, y, [](auto x_, auto y_, int n, auto* intercept, auto* slope) {
+                if constexpr (std::is_same_v<decltype(x_), const float*>) {
+                    // Tests nothing and always answers QAL_OK.
+                    return QAL_LinearRegressionFloat(x_, y_, n, intercept, slope) == QAL_OK;
+                } else {
+                    return QAL_LinearRegression(x_, y_, n, intercept, slope) != 0;
                 }
-                if (!done) raiseStatus(QAL_ERR_TOO_FEW_POINTS, "linear_regression");
-                return types().line(scalar(intercept), scalar(slope));
             });
         },
         "x"_a, "y"_a,

@@ -316,7 +316,7 @@ def test_twins_match_the_library(oracle, sample_curve, t):
 
 
 @pytest.mark.parametrize("kind", [q.EXTREMUM_MAX, q.EXTREMUM_MIN])
-def test_drivers_and_searches_match_the_library_on_the_sample_curve(oracle, sample_curve, kind):
+def test_curve_analyses_match_the_library_on_the_sample_curve(oracle, sample_curve, kind):
     x, y = sample_curve
     for name, function in (("QAL_GetNextExtremum", q.get_next_extremum), ("QAL_GetRangeExtremum",
                            q.get_range_extremum), ("QAL_GetAutoRangeExtremum", q.get_auto_range_extremum)):
@@ -328,5 +328,10 @@ def test_drivers_and_searches_match_the_library_on_the_sample_curve(oracle, samp
         for direction in (0, 1, 2):
             check(oracle, lambda: q.find_x_at_y_threshold(x, y, 40.0, threshold_kind, direction, 2, 50.0),
                   "QAL_FindX_at_YThreshold", (x, y, threshold_kind, direction, 2, f32(40), f32(50)))
+    for window, height in ((9, 0.0), (30, 5.0), (599, 1.0)):
+        check(oracle, lambda: q.find_extrema(x, y, window, height), "qal::findExtrema", (x, y, window, f32(height)))
+    check(oracle, lambda: q.find_extrema(x[:2], y[:2], 3), "qal::findExtrema", (x[:2], y[:2], 3, f32(0)))
+    for level in (50.0, y[40], 1000.0):
+        check(oracle, lambda: q.find_level_crossings(x, y, level), "qal::findLevelCrossings", (x, y, f32(level)))
     check(oracle, lambda: q.first_derivative_golay(x, y, 32.1), "QAL_FirstDerivativeGolay", (x, y, 32.1))
     check(oracle, lambda: q.first_derivative_lin_reg(x, y, 9, 104.3), "QAL_FirstDerivativeLinReg", (x, y, 9, 104.3))

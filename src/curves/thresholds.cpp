@@ -1,8 +1,11 @@
 #include <cmath>
 
+#include "curves/level_crossing.h"
 #include "qal/qal.h"
 
 namespace {
+
+using qal::detail::crossesLevel;
 
 // Scans run toward the first sample with this direction, toward the last with any other.
 constexpr int kBackward = 2;
@@ -69,9 +72,6 @@ double thresholdLevel(const double* y, int n, int thresholdKind, int direction, 
     }
     return static_cast<double>(level);
 }
-
-// On opposite sides of the level, or at least one exactly on it; a NaN is no hit.
-bool crossesLevel(double a, double b, double level) noexcept { return 0.0 >= (a - level) * (b - level); }
 
 }  // namespace
 

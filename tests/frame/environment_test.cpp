@@ -1,5 +1,6 @@
 #include <cfenv>
 #include <cfloat>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -16,4 +17,12 @@ TEST(Environment, IeeeEvaluationRoundToNearest) {
     EXPECT_EQ(0, FLT_EVAL_METHOD);
     EXPECT_EQ(FE_TONEAREST, std::fegetround());
     InitQalLibExtDLL();  // exists and does nothing
+}
+
+// The string, the three numbers and the linked library tell the same version.
+TEST(Environment, VersionOfHeadersAndLibraryAgree) {
+    const std::string parts = std::to_string(QAL_VERSION_MAJOR) + "." + std::to_string(QAL_VERSION_MINOR) + "." +
+                              std::to_string(QAL_VERSION_PATCH);
+    EXPECT_EQ(parts, QAL_VERSION_STRING);
+    EXPECT_EQ(parts, qal_version());
 }

@@ -23,6 +23,7 @@
 
 #include "qal/qal.h"
 #include "qal/qal_classes.h"
+#include "qal/qal_curves.h"
 
 namespace {
 
@@ -190,6 +191,110 @@ void splinePoint(Request& q, Reply& r) {
     r.i(F(ptr(x), ptr(y), ptr(y2), len(x), q.d(), &out)).d(out);
 }
 
+// The float twins take the same arguments as their double routines; T picks the array kind.
+template <class T>
+std::vector<T> arrayOf(Request& q) {
+    if constexpr (std::is_same_v<T, float>) {
+        return q.F();
+    } else {
+        return q.D();
+    }
+}
+template <class T>
+T scalarOf(Request& q) {
+    if constexpr (std::is_same_v<T, float>) {
+        return q.f();
+    } else {
+        return q.d();
+    }
+}
+template <class T>
+Reply& put(Reply& r, T value) {
+    if constexpr (std::is_same_v<T, float>) {
+        return r.f(value);
+    } else {
+        return r.d(value);
+    }
+}
+template <class T>
+Reply& put(Reply& r, const std::vector<T>& values) {
+    if constexpr (std::is_same_v<T, float>) {
+        return r.F(values);
+    } else {
+        return r.D(values);
+    }
+}
+
+template <class T, void (*F)(const T*, const T*, int, T*, T*)>
+void fit(Request& q, Reply& r) {
+    std::vector<T> x = arrayOf<T>(q), y = arrayOf<T>(q);
+    T intercept = 0, slope = 0;
+    F(ptr(x), ptr(y), len(x), &intercept, &slope);
+    put(put(r.i(0), intercept), slope);
+}
+
+template <class T, T (*F)(T, const T*, const T*, int)>
+void alongLine(Request& q, Reply& r) {
+    const T value = scalarOf<T>(q);
+    std::vector<T> x = arrayOf<T>(q), y = arrayOf<T>(q);
+    put(r.i(0), F(value, ptr(x), ptr(y), len(x)));
+}
+
+template <class T, int (*F)(const T*, T*, int, int, int, int, int, int)>
+void filter(Request& q, Reply& r) {
+    std::vector<T> in = arrayOf<T>(q);
+    const int first = q.i(), last = q.i(), kind = q.i(), width = q.i(), degree = q.i();
+    std::vector<T> out = in;
+    const int status = F(ptr(in), ptr(out), len(in), first, last, kind, width, degree);
+    r.i(status);
+    if (status == QAL_OK) put(r, out);
+}
+
+// The float routine writes its widened copies back into x and y: both get non-const arrays.
+template <class T, class X, int (*F)(X*, X*, T*, int, int, int, int)>
+void derivative(Request& q, Reply& r) {
+    std::vector<T> x = arrayOf<T>(q), y = arrayOf<T>(q);
+    const int method = q.i(), order = q.i(), span = q.i();
+    std::vector<T> deriv(x.size(), std::numeric_limits<T>::quiet_NaN());
+    const int status = F(ptr(x), ptr(y), ptr(deriv), len(x), method, order, span);
+    r.i(status);
+    if (status == QAL_OK) put(r, deriv);
+}
+
+template <class T, bool (*F)(T&)>
+void repair(Request& q, Reply& r) {
+    T value = scalarOf<T>(q);
+    const bool changed = F(value);
+    put(r.i(0), value).i(changed);
+}
+
+template <bool (*F)(t_QalVector<double>&, double&, double&)>
+void moments(Request& q, Reply& r) {
+    t_QalVector<double> v = vector(q.D());
+    double first = kNaN, second = kNaN;
+    const bool done = F(v, first, second);
+    r.i(done ? QAL_OK : QAL_ERR_TOO_FEW_POINTS);
+    if (done) r.d(first).d(second);
+}
+
+bool meanAndSpread(t_QalVector<double>& v, double& mean, double& spread) {
+    return k_Qal::Mean(v, mean, spread);
+}
+
+template <int (*F)(t_QalVector<double>&, double&)>
+void located(Request& q, Reply& r) {
+    t_QalVector<double> v = vector(q.D());
+    double extreme = kNaN;
+    const int index = F(v, extreme);
+    r.i(0).i(index).d(extreme);
+}
+
+template <class T>
+void sumOf(Request& q, Reply& r) {
+    std::vector<T> v = arrayOf<T>(q);
+    r.i(0).d(QAL_SumOf(ptr(v), len(v)));
+}
+
 const std::map<std::string, Handler>& handlers() {
     static const std::map<std::string, Handler> table = {
         // ---- Guarded arithmetic
@@ -210,8 +315,8 @@ const std::map<std::string, Handler>& handlers() {
              if (status == QAL_OK) r.F(logs ? Floats(logs, logs + source.size()) : Floats());
              QAL_ReleaseArray(logs);
          }},
-        {"QAL_SumOf", [](Request& q, Reply& r) { Doubles v = q.D(); r.i(0).d(QAL_SumOf(ptr(v), len(v))); }},
-        {"QAL_SumOfFloat", [](Request& q, Reply& r) { Floats v = q.F(); r.i(0).d(QAL_SumOf(ptr(v), len(v))); }},
+        {"QAL_SumOf", sumOf<double>},
+        {"QAL_SumOfFloat", sumOf<float>},
         {"QAL_Mean",
          [](Request& q, Reply& r) {
              Doubles v = q.D();
@@ -294,44 +399,12 @@ const std::map<std::string, Handler>& handlers() {
          }},
 
         // ---- Lines
-        {"QAL_LinFit",
-         [](Request& q, Reply& r) {
-             Doubles x = q.D(), y = q.D();
-             double intercept = 0.0, slope = 0.0;
-             QAL_LinFit(ptr(x), ptr(y), len(x), &intercept, &slope);
-             r.i(0).d(intercept).d(slope);
-         }},
-        {"QAL_LinFitFloat",
-         [](Request& q, Reply& r) {
-             Floats x = q.F(), y = q.F();
-             float intercept = 0.0f, slope = 0.0f;
-             QAL_LinFitFloat(ptr(x), ptr(y), len(x), &intercept, &slope);
-             r.i(0).f(intercept).f(slope);
-         }},
-        {"QAL_CalcLinX",
-         [](Request& q, Reply& r) {
-             const double v = q.d();
-             Doubles x = q.D(), y = q.D();
-             r.i(0).d(QAL_CalcLinX(v, ptr(x), ptr(y), len(x)));
-         }},
-        {"QAL_CalcLinXFloat",
-         [](Request& q, Reply& r) {
-             const float v = q.f();
-             Floats x = q.F(), y = q.F();
-             r.i(0).f(QAL_CalcLinXFloat(v, ptr(x), ptr(y), len(x)));
-         }},
-        {"QAL_CalcLinY",
-         [](Request& q, Reply& r) {
-             const double v = q.d();
-             Doubles x = q.D(), y = q.D();
-             r.i(0).d(QAL_CalcLinY(v, ptr(x), ptr(y), len(x)));
-         }},
-        {"QAL_CalcLinYFloat",
-         [](Request& q, Reply& r) {
-             const float v = q.f();
-             Floats x = q.F(), y = q.F();
-             r.i(0).f(QAL_CalcLinYFloat(v, ptr(x), ptr(y), len(x)));
-         }},
+        {"QAL_LinFit", fit<double, QAL_LinFit>},
+        {"QAL_LinFitFloat", fit<float, QAL_LinFitFloat>},
+        {"QAL_CalcLinX", alongLine<double, QAL_CalcLinX>},
+        {"QAL_CalcLinXFloat", alongLine<float, QAL_CalcLinXFloat>},
+        {"QAL_CalcLinY", alongLine<double, QAL_CalcLinY>},
+        {"QAL_CalcLinYFloat", alongLine<float, QAL_CalcLinYFloat>},
         {"QAL_StraightLineIntersection",
          [](Request& q, Reply& r) {
              const float i1 = q.f(), s1 = q.f(), i2 = q.f(), s2 = q.f();
@@ -422,42 +495,10 @@ const std::map<std::string, Handler>& handlers() {
              r.i(status);
              if (status == QAL_OK || status == QAL_ERR_ZERO_DIVISION) r.D(coef);
          }},
-        {"QAL_FilterArray",
-         [](Request& q, Reply& r) {
-             Doubles in = q.D();
-             const int first = q.i(), last = q.i(), kind = q.i(), width = q.i(), degree = q.i();
-             Doubles out = in;
-             const int status = QAL_FilterArray(ptr(in), ptr(out), len(in), first, last, kind, width, degree);
-             r.i(status);
-             if (status == QAL_OK) r.D(out);
-         }},
-        {"QAL_FilterFloatArray",
-         [](Request& q, Reply& r) {
-             Floats in = q.F();
-             const int first = q.i(), last = q.i(), kind = q.i(), width = q.i(), degree = q.i();
-             Floats out = in;
-             const int status = QAL_FilterFloatArray(ptr(in), ptr(out), len(in), first, last, kind, width, degree);
-             r.i(status);
-             if (status == QAL_OK) r.F(out);
-         }},
-        {"QAL_DerivArray",
-         [](Request& q, Reply& r) {
-             Doubles x = q.D(), y = q.D();
-             const int method = q.i(), order = q.i(), span = q.i();
-             Doubles deriv(x.size(), kNaN);
-             const int status = QAL_DerivArray(ptr(x), ptr(y), ptr(deriv), len(x), method, order, span);
-             r.i(status);
-             if (status == QAL_OK) r.D(deriv);
-         }},
-        {"QAL_DerivFloatArray",
-         [](Request& q, Reply& r) {
-             Floats x = q.F(), y = q.F();
-             const int method = q.i(), order = q.i(), span = q.i();
-             Floats deriv(x.size(), kNaNf);
-             const int status = QAL_DerivFloatArray(ptr(x), ptr(y), ptr(deriv), len(x), method, order, span);
-             r.i(status);
-             if (status == QAL_OK) r.F(deriv);
-         }},
+        {"QAL_FilterArray", filter<double, QAL_FilterArray>},
+        {"QAL_FilterFloatArray", filter<float, QAL_FilterFloatArray>},
+        {"QAL_DerivArray", derivative<double, const double, QAL_DerivArray>},
+        {"QAL_DerivFloatArray", derivative<float, float, QAL_DerivFloatArray>},
         {"QAL_FirstDerivativeRidder",
          [](Request& q, Reply& r) {
              double (*func)(double) = callable(q.i());
@@ -555,6 +596,32 @@ const std::map<std::string, Handler>& handlers() {
                  .F(lower)
                  .F(upper);
          }},
+        {"qal::findExtrema",
+         [](Request& q, Reply& r) {
+             Doubles x = q.D(), y = q.D();
+             const int window = q.i();
+             const float minHeight = q.f();
+             const std::vector<qal::Extremum> hits = qal::findExtrema(ptr(x), ptr(y), len(x), window, minHeight);
+             Ints start, index, kind;
+             Doubles xs, ys, vx, vy;
+             for (const qal::Extremum& e : hits) {
+                 start.push_back(e.start), index.push_back(e.index), kind.push_back(e.kind);
+                 xs.push_back(e.x), ys.push_back(e.y), vx.push_back(e.vertexX), vy.push_back(e.vertexY);
+             }
+             r.i(0).I(start).I(index).I(kind).D(xs).D(ys).D(vx).D(vy);
+         }},
+        {"qal::findLevelCrossings",
+         [](Request& q, Reply& r) {
+             Doubles x = q.D(), y = q.D();
+             const float level = q.f();
+             Ints index;
+             Doubles xs, ys, cx, cy;
+             for (const qal::LevelCrossing& c : qal::findLevelCrossings(ptr(x), ptr(y), len(x), level)) {
+                 index.push_back(c.index), xs.push_back(c.x), ys.push_back(c.y);
+                 cx.push_back(c.crossX), cy.push_back(c.crossY);
+             }
+             r.i(0).I(index).D(xs).D(ys).D(cx).D(cy);
+         }},
         {"QAL_Trapez",
          [](Request& q, Reply& r) {
              double (*func)(double) = callable(q.i());
@@ -574,14 +641,10 @@ const std::map<std::string, Handler>& handlers() {
         {"k_Qal::Power", [](Request& q, Reply& r) { const double x = q.d(); r.i(0).d(k_Qal::Power(x, q.d())); }},
         {"k_Qal::Log", unary<k_Qal::Log>},
         {"k_Qal::Sqrt", unary<k_Qal::Sqrt>},
-        {"k_Qal::InfRepair",
-         [](Request& q, Reply& r) { double v = q.d(); const bool c = k_Qal::InfRepair(v); r.i(0).d(v).i(c); }},
-        {"k_Qal::InfRepairFloat",
-         [](Request& q, Reply& r) { float v = q.f(); const bool c = k_Qal::InfRepair(v); r.i(0).f(v).i(c); }},
-        {"k_Qal::ZeroRepair",
-         [](Request& q, Reply& r) { double v = q.d(); const bool c = k_Qal::ZeroRepair(v); r.i(0).d(v).i(c); }},
-        {"k_Qal::ZeroRepairFloat",
-         [](Request& q, Reply& r) { float v = q.f(); const bool c = k_Qal::ZeroRepair(v); r.i(0).f(v).i(c); }},
+        {"k_Qal::InfRepair", repair<double, k_Qal::InfRepair>},
+        {"k_Qal::InfRepairFloat", repair<float, k_Qal::InfRepair>},
+        {"k_Qal::ZeroRepair", repair<double, k_Qal::ZeroRepair>},
+        {"k_Qal::ZeroRepairFloat", repair<float, k_Qal::ZeroRepair>},
         {"k_Qal::Sum", ofVector<k_Qal::Sum>},
         {"k_Qal::Sum2", ofVector<k_Qal::Sum2>},
         {"k_Qal::SumInv", ofVector<k_Qal::SumInv>},
@@ -591,36 +654,10 @@ const std::map<std::string, Handler>& handlers() {
         {"k_Qal::IndexMaxFraction", ofPair<int, k_Qal::IndexMaxFraction>},
         {"k_Qal::MaxFraction", ofPair<double, k_Qal::MaxFraction>},
         {"k_Qal::MinFraction", ofPair<double, k_Qal::MinFraction>},
-        {"k_Qal::Mean",
-         [](Request& q, Reply& r) {
-             t_QalVector<double> v = vector(q.D());
-             double mean = kNaN, spread = kNaN;
-             const bool done = k_Qal::Mean(v, mean, spread);
-             r.i(done ? QAL_OK : QAL_ERR_TOO_FEW_POINTS);
-             if (done) r.d(mean).d(spread);
-         }},
-        {"k_Qal::NVariance",
-         [](Request& q, Reply& r) {
-             t_QalVector<double> v = vector(q.D());
-             double mean = kNaN, squares = kNaN;
-             const bool done = k_Qal::NVariance(v, mean, squares);
-             r.i(done ? QAL_OK : QAL_ERR_TOO_FEW_POINTS);
-             if (done) r.d(mean).d(squares);
-         }},
-        {"k_Qal::Min",
-         [](Request& q, Reply& r) {
-             t_QalVector<double> v = vector(q.D());
-             double extreme = kNaN;
-             const int index = k_Qal::Min(v, extreme);
-             r.i(0).i(index).d(extreme);
-         }},
-        {"k_Qal::Max",
-         [](Request& q, Reply& r) {
-             t_QalVector<double> v = vector(q.D());
-             double extreme = kNaN;
-             const int index = k_Qal::Max(v, extreme);
-             r.i(0).i(index).d(extreme);
-         }},
+        {"k_Qal::Mean", moments<meanAndSpread>},
+        {"k_Qal::NVariance", moments<k_Qal::NVariance>},
+        {"k_Qal::Min", located<k_Qal::Min>},
+        {"k_Qal::Max", located<k_Qal::Max>},
         {"k_Qal::LinCorCoef",
          [](Request& q, Reply& r) {
              t_QalVector<double> x = vector(q.D()), y = vector(q.D()), scale = vector(q.D());

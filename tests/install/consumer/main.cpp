@@ -1,6 +1,10 @@
 // A program outside the project that uses the installed package.
+#include <cstring>
+
 #include <qal/qal.h>
 #include <qal/qal_classes.h>
+#include <qal/qal_curves.h>
+#include <qal/version.h>
 
 namespace {
 
@@ -30,5 +34,10 @@ int main() {
     int kind = 0;
     const int status = QAL_GetExtremum(x, y, 9, &xOut, &yOut, &kind, 0, 5.0f);
     const bool extremumFound = status == QAL_OK && kind == QAL_EXTREMUM_MAX && xOut == 4.0 && yOut == 100.0;
-    return extremumFound && containersWork() ? 0 : 1;
+    // A result vector handed across the library boundary: the same peak, at sample 4.
+    const std::vector<qal::Extremum> hits = qal::findExtrema(x, y, 9, 6, 5.0f);
+    const bool helperFound = hits.size() == 1 && hits[0].index == 4 && hits[0].kind == QAL_EXTREMUM_MAX;
+    // The installed header and the linked library tell the same version.
+    const bool sameVersion = std::strcmp(qal_version(), QAL_VERSION_STRING) == 0;
+    return extremumFound && helperFound && containersWork() && sameVersion ? 0 : 1;
 }

@@ -1,2 +1,0 @@
-// Compiles the public header alone, first in its translation unit.
-#include "qal/qal.h"

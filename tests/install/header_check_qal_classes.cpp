@@ -1,2 +1,0 @@
-// Compiles the public class header alone, first in its translation unit.
-#include "qal/qal_classes.h"
