@@ -3,7 +3,7 @@
 Each batch call runs on a Dask array of curves in blocks of 8 curves, once with the
 synchronous scheduler (one thread, blocks one after the other) and once with the threaded
 scheduler and one worker per core; the batch calls release the GIL, so the blocks run in
-parallel. Prints the best of three runs of each, and checks that both give the same bits.
+parallel. Prints the best of five runs of each, and checks that both give the same bits.
 
     /usr/bin/python3 python/bench/bench_dask.py [curves] [samples]
 """
@@ -18,6 +18,9 @@ import numpy as np
 
 import qallib as q
 import qallib.dask as qd
+
+
+REPEATS = 5
 
 
 def best_of(repeats, run):
@@ -45,12 +48,12 @@ def main():
         ("deriv_array_batch, line fits over 9 samples", lambda: qd.deriv_array_batch(x, y_dask, q.DERIV_LINE_FIT, 1, 9)),
         ("get_range_extremum_batch, windows of 30", lambda: qd.get_range_extremum_batch(x, y_dask, 30, q.EXTREMUM_MAX)),
     ]
-    print(f"{curves} curves x {samples} samples, blocks of 8 curves, {workers} cores; best of 3 runs")
+    print(f"{curves} curves x {samples} samples, blocks of 8 curves, {workers} cores; best of {REPEATS} runs")
     print(f"{'call':<56} {'1 thread':>9} {f'{workers} threads':>10} {'speed-up':>9}")
     for name, build in cases:
         lazy = build()
-        one, serial = best_of(3, lambda: dask.compute(*lazy, scheduler="synchronous"))
-        many, threaded = best_of(3, lambda: dask.compute(*lazy, scheduler="threads", num_workers=workers))
+        one, serial = best_of(REPEATS, lambda: dask.compute(*lazy, scheduler="synchronous"))
+        many, threaded = best_of(REPEATS, lambda: dask.compute(*lazy, scheduler="threads", num_workers=workers))
         assert all(np.array_equal(a, b, equal_nan=True) for a, b in zip(serial, threaded))
         print(f"{name:<56} {one:>8.3f}s {many:>9.3f}s {one / many:>8.2f}x")
 
