@@ -10,6 +10,7 @@ packages=(
   cmake g++ make pkg-config libgtest-dev libbenchmark-dev
   python3 python3-dev python3-venv python3-pip python3-setuptools python3-wheel
   python3-numpy pybind11-dev python3-pybind11 python3-pytest
+  python3-dask
 )
 
 missing=()

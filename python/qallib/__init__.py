@@ -179,3 +179,16 @@ __all__ = [
     "find_x_at_y_threshold", "get_y_at_x_diff", "find_last_point", "calc_abs_maximum",
     "calc_abs_minimum", "find_extrema", "find_level_crossings", "calc_boundaries", "trapez", "root_bisection",
 ] + list(_constant_names)
+
+# The many-curves calls: 2-D arrays of curves in, one status per curve instead of an exception.
+from ._qal import (  # noqa: E402
+    BatchArrays, BatchPoints, calc_abs_maximum_batch, calc_abs_minimum_batch, deriv_array_batch, filter_array_batch,
+    find_last_point_batch, find_x_at_y_threshold_batch, get_auto_extremum_batch, get_auto_range_extremum_batch,
+    get_next_extremum_batch, get_range_extremum_batch, get_y_at_x_diff_batch, interpol_float_arrays_batch,
+)
+__all__ += [
+    "BatchArrays", "BatchPoints", "filter_array_batch", "deriv_array_batch", "get_next_extremum_batch",
+    "get_range_extremum_batch", "get_auto_range_extremum_batch", "get_auto_extremum_batch",
+    "find_x_at_y_threshold_batch", "get_y_at_x_diff_batch", "find_last_point_batch", "calc_abs_maximum_batch",
+    "calc_abs_minimum_batch", "interpol_float_arrays_batch",
+]
