@@ -55,10 +55,15 @@ auto Bits(T value) {
     }
 }
 
-// Equal bits, or both NaN (a NaN's payload and sign are not part of any result).
+// Equal bits, or both NaN (a NaN's payload and sign are not part of any result) unless
+// one is the sentinel of an untouched output.
+template <class T>
+bool IsSentinel(T value);
+
 template <class T>
 bool Same(T a, T b) {
     if constexpr (std::is_floating_point_v<T>) {
+        if (IsSentinel(a) != IsSentinel(b)) return false;
         if (std::isnan(a) && std::isnan(b)) return true;
     }
     return Bits(a) == Bits(b);
