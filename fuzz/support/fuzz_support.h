@@ -135,6 +135,14 @@ public:
         }
         return true;
     }
+    // Every element as in `expected`, a NaN matching any NaN: the sign and payload of a NaN
+    // that arithmetic makes are not part of any result.
+    bool Matches(const std::vector<T>& expected) const {
+        for (int i = 0; i < size_; ++i) {
+            if (!Same(data()[i], expected[static_cast<std::size_t>(i)])) return false;
+        }
+        return true;
+    }
     bool AllSentinel() const {
         for (int i = 0; i < size_; ++i) {
             if (!IsSentinel(data()[i])) return false;
