@@ -70,7 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int n = in.Count();
     int failAt = FaultChoice(in);
     // The tableau is quadratic in n: the large counts are met with their work arrays failing.
-    if (n > 150 && n <= 10000 && failAt == 0) failAt = 1 + in.Pick(2);
+    if (n > 150 && n <= 10000 && (failAt == 0 || failAt > 2)) failAt = 1 + in.Pick(2);
     const std::vector<double> xs = Abscissae<double>(in, n), ys = Ordinates<double>(in, n);
     Guarded<double> x(xs), y(ys), out(2);
     const double v = in.Real();
