@@ -11,7 +11,7 @@ cd "$(dirname "$0")/.."
 RUNS="${RUNS:-10000000}"
 SECONDS_EACH="${SECONDS_EACH:-1800}"
 LOGS="${LOGS:-build/fuzz/logs}"
-cmake --preset fuzz >/dev/null && cmake --build --preset fuzz -j "${JOBS:-2}" || exit 1
+cmake --preset fuzz >/dev/null && cmake --build --preset fuzz -j "${JOBS:-2}" >/dev/null || exit 1
 mkdir -p "${LOGS}"
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
@@ -26,6 +26,6 @@ for target in "${targets[@]}"; do
     nice -n 19 "build/fuzz/fuzz/${target}_fuzz" -runs="${RUNS}" -max_total_time="${SECONDS_EACH}" -timeout=30 \
       -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="${LOGS}/${target}-" \
       "${corpus}" "fuzz/corpus/${target}" >"${LOGS}/${target}.log" 2>&1 || { failed=1; echo "    FINDING: see ${LOGS}/${target}.log"; }
-  grep -E '^#[0-9]+ +DONE|^Done ' "${LOGS}/${target}.log" | tail -2
+  grep -E '^#[0-9]+[[:space:]]+DONE|^Done ' "${LOGS}/${target}.log" | tail -2
 done
 exit "${failed}"
