@@ -27,6 +27,7 @@
 #include "frame/allocator.h"
 #include "frame/cpu_dispatch.h"
 #include "qal/qal.h"
+#include "support/instruction_sets.h"
 
 namespace qal::fuzz {
 
@@ -236,11 +237,8 @@ public:
     double Real() {
         const std::uint8_t selector = Byte();
         double value;
-        if (selector < 96) {
-            const auto& specials = SpecialDoubles();
-            value = specials[selector % specials.size()];
-        } else if (selector < 192) {
-            value = static_cast<double>(static_cast<std::int16_t>(U32() & 0xFFFF)) * 0.25;
+        if (selector < 192) {
+            value = RealFrom(selector);
         } else {
             const std::uint64_t bits = U64();
             std::memcpy(&value, &bits, 8);
@@ -378,22 +376,9 @@ inline int FaultChoice(Input& in) {
 }
 
 using qal::detail::InstructionSet;
-
-inline std::vector<InstructionSet> OfferedLevels() {
-    std::vector<InstructionSet> levels;
-    const int offered = static_cast<int>(qal::detail::offeredInstructionSet());
-    for (int level = 0; level <= offered; ++level) levels.push_back(static_cast<InstructionSet>(level));
-    return levels;
-}
-
-// Holds a level on this thread while it lives.
-class Level {
-public:
-    explicit Level(InstructionSet level) { qal::detail::testing::forceInstructionSet(level); }
-    ~Level() { qal::detail::testing::releaseInstructionSet(); }
-    Level(const Level&) = delete;
-    Level& operator=(const Level&) = delete;
-};
+// The levels this processor offers, scalar first, and the hold on one of them.
+inline std::vector<InstructionSet> OfferedLevels() { return qal::test::OfferedInstructionSets(); }
+using Level = qal::test::ForcedInstructionSet;
 
 inline bool IsStatus(int status) {
     switch (status) {
