@@ -159,32 +159,27 @@ void Drivers(Input& in) {
     const int inside = n > 0 ? in.Pick(6) : 0;
     const int at = n > 0 ? in.Pick(n) : 0;
 
-    Outcome reference{};
-    std::vector<double> refX, refY;
+    std::vector<double> reference;
     for (InstructionSet level : OfferedLevels()) {
         Level held(level);
-        Guarded<double> x(xs), y(ys), out(2);
-        double* const xOut = inside == 1 ? x.data() + at : inside == 2 ? y.data() + at : out.data();
-        double* const yOut = inside == 3 ? y.data() + at : inside == 4 ? x.data() + at : out.data() + 1;
+        CurveOutputs c(xs, ys, inside, at);
         AllocationScope memory;
-        const Outcome o = RunDriver(driver, nulls == 1 ? nullptr : x.data(), nulls == 2 ? nullptr : y.data(), n,
-                                    nulls == 3 ? nullptr : xOut, nulls == 4 ? nullptr : yOut, window, kind, useVertex, h);
-        QAL_FUZZ_CHECK(x.GuardsIntact() && y.GuardsIntact() && out.GuardsIntact() && IsStatus(o.status));
+        const Outcome o = RunDriver(driver, nulls == 1 ? nullptr : c.x.data(), nulls == 2 ? nullptr : c.y.data(), n,
+                                    nulls == 3 ? nullptr : c.xOut, nulls == 4 ? nullptr : c.yOut, window, kind,
+                                    useVertex, h);
+        QAL_FUZZ_CHECK(c.GuardsIntact() && IsStatus(o.status));
         if (nulls >= 1 && nulls <= 4) {
-            QAL_FUZZ_CHECK(o.status == QAL_ERR_MEMORY && x.Unchanged(xs) && y.Unchanged(ys) && out.AllSentinel());
+            QAL_FUZZ_CHECK(o.status == QAL_ERR_MEMORY && c.x.Unchanged(xs) && c.y.Unchanged(ys) && c.out.AllSentinel());
             return;
         }
-        if (inside == 0 || inside == 5) {
-            QAL_FUZZ_CHECK(x.Unchanged(xs) && y.Unchanged(ys));
+        if (c.Apart()) {
+            QAL_FUZZ_CHECK(c.x.Unchanged(xs) && c.y.Unchanged(ys));
             const Outcome m = ModelDriver(driver, xs, ys, n, SentinelOf(0.0), SentinelOf(0.0), window, kind, useVertex, h);
             QAL_FUZZ_CHECK(o.status == m.status && Same(m.x, o.x) && Same(m.y, o.y));
         } else if (level == InstructionSet::kScalar) {
-            reference = o;
-            refX = x.Snapshot();
-            refY = y.Snapshot();
+            reference = c.State(o.status);
         } else {
-            QAL_FUZZ_CHECK(o.status == reference.status && Same(reference.x, o.x) && Same(reference.y, o.y));
-            QAL_FUZZ_CHECK(x.Matches(refX) && y.Matches(refY));
+            QAL_FUZZ_CHECK(SameState(reference, c.State(o.status)));
         }
     }
 }

@@ -118,29 +118,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int inside = a.n > 0 ? in.Pick(6) : 0;
     const int at = a.n > 0 ? in.Pick(a.n) : 0;
 
-    int refStatus = 0;
-    std::vector<double> refX, refY, refOut;
+    std::vector<double> reference;
     for (InstructionSet level : OfferedLevels()) {
         Level held(level);
-        Guarded<double> x(xs), y(ys), out(2);
-        double* const xOut = inside == 1 ? x.data() + at : inside == 2 ? y.data() + at : out.data();
-        double* const yOut = inside == 3 ? y.data() + at : inside == 4 ? x.data() + at : out.data() + 1;
+        CurveOutputs c(xs, ys, inside, at);
         AllocationScope memory;
-        const int status = Run(a, nulls == 1 ? nullptr : x.data(), nulls == 2 ? nullptr : y.data(),
-                               nulls == 3 ? nullptr : xOut, nulls == 4 ? nullptr : yOut);
-        QAL_FUZZ_CHECK(x.GuardsIntact() && y.GuardsIntact() && out.GuardsIntact());
+        const int status = Run(a, nulls == 1 ? nullptr : c.x.data(), nulls == 2 ? nullptr : c.y.data(),
+                               nulls == 3 ? nullptr : c.xOut, nulls == 4 ? nullptr : c.yOut);
+        QAL_FUZZ_CHECK(c.GuardsIntact());
         if ((nulls >= 1 && nulls <= 4) || a.n < 1) {
-            QAL_FUZZ_CHECK(status == QAL_ERR_PARAMETER && x.Unchanged(xs) && y.Unchanged(ys) && out.AllSentinel());
+            QAL_FUZZ_CHECK(status == QAL_ERR_PARAMETER && c.x.Unchanged(xs) && c.y.Unchanged(ys) && c.out.AllSentinel());
             return 0;
         }
-        if (inside == 0 || inside == 5) {
+        if (c.Apart()) {
             double xo, yo;
-            QAL_FUZZ_CHECK(x.Unchanged(xs) && y.Unchanged(ys));
-            QAL_FUZZ_CHECK(status == Model(a, xs, ys, xo, yo) && Same(xo, out[0]) && Same(yo, out[1]));
+            QAL_FUZZ_CHECK(c.x.Unchanged(xs) && c.y.Unchanged(ys));
+            QAL_FUZZ_CHECK(status == Model(a, xs, ys, xo, yo) && Same(xo, c.out[0]) && Same(yo, c.out[1]));
         } else if (level == InstructionSet::kScalar) {
-            refStatus = status, refX = x.Snapshot(), refY = y.Snapshot(), refOut = out.Snapshot();
+            reference = c.State(status);
         } else {
-            QAL_FUZZ_CHECK(status == refStatus && x.Matches(refX) && y.Matches(refY) && out.Matches(refOut));
+            QAL_FUZZ_CHECK(SameState(reference, c.State(status)));
         }
     }
     return 0;

@@ -167,6 +167,45 @@ private:
     std::unique_ptr<T[]> store_;
 };
 
+// A curve and the two outputs of a search on it: in places of their own, or one of them on
+// element `at` of the curve (placement 1: xOut in x, 2: xOut in y, 3: yOut in y, 4: yOut in
+// x), where a search that writes while it still reads must go one sample at a time.
+class CurveOutputs {
+public:
+    CurveOutputs(const std::vector<double>& xs, const std::vector<double>& ys, int placement, int at)
+        : x(xs), y(ys), out(2), placement_(placement) {
+        xOut = placement == 1 ? x.data() + at : placement == 2 ? y.data() + at : out.data();
+        yOut = placement == 3 ? y.data() + at : placement == 4 ? x.data() + at : out.data() + 1;
+    }
+    bool Apart() const { return placement_ < 1 || placement_ > 4; }
+    bool GuardsIntact() { return x.GuardsIntact() && y.GuardsIntact() && out.GuardsIntact(); }
+    // What a call left: its status, the curve and the outputs, for the wider instruction
+    // sets to match what the scalar one left.
+    std::vector<double> State(int status) const {
+        std::vector<double> state{static_cast<double>(status)};
+        for (const Guarded<double>* g : {&x, &y, &out}) {
+            const std::vector<double> part = g->Snapshot();
+            state.insert(state.end(), part.begin(), part.end());
+        }
+        return state;
+    }
+
+    Guarded<double> x, y, out;
+    double* xOut;
+    double* yOut;
+
+private:
+    int placement_;
+};
+
+inline bool SameState(const std::vector<double>& a, const std::vector<double>& b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if (!Same(a[i], b[i])) return false;
+    }
+    return true;
+}
+
 // ---- Decoding -----------------------------------------------------------------------------
 
 // The numbers where the library's tests change sense, with their neighbours.
