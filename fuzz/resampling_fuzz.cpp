@@ -111,8 +111,15 @@ void FloatArrays(Input& in) {
     if (n > 0 && nNew > 0 && static_cast<long long>(n) * nNew > 400000) nNew = 400000 / n;
     const std::vector<float> xs = Abscissae<float>(in, n), ys = Ordinates<float>(in, n);
     std::vector<float> news = in.Flag() ? Abscissae<float>(in, nNew) : Ordinates<float>(in, nNew);
-    if (in.Flag() && !xs.empty()) {  // abscissae on and between the knots, the cells of options 4 and 5
-        for (std::size_t i = 0; i < news.size(); ++i) news[i] = xs[(i * 7 + in.Byte()) % xs.size()];
+    if (in.Flag() && xs.size() > 1) {
+        // Runs of abscissae on a knot and inside the interval after it, the cells of options
+        // 4 and 5: a point on a knot may be located one position off, the points inside not.
+        const std::size_t base = in.Byte();
+        for (std::size_t i = 0; i < news.size(); ++i) {
+            const std::size_t k = (base + i / 3) % (xs.size() - 1);
+            const int part = in.Pick(3);
+            news[i] = part == 0 ? xs[k] : xs[k] + (xs[k + 1] - xs[k]) * (part == 1 ? 0.25f : 0.5f);
+        }
     }
     const std::vector<float> preset = Ordinates<float>(in, nNew);
     const int option = in.Option(0, 15);
