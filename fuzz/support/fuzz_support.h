@@ -217,7 +217,10 @@ inline const std::vector<double>& SpecialDoubles() {
             v.push_back(std::nextafter(x, -HUGE_VAL));
             v.push_back(std::nextafter(x, HUGE_VAL));
             v.push_back(-x);
-            v.push_back(static_cast<double>(static_cast<float>(x)));  // its float image
+            const double image = static_cast<double>(static_cast<float>(x));  // its float image
+            v.push_back(image);
+            v.push_back(std::nextafter(image, -HUGE_VAL));
+            v.push_back(std::nextafter(image, HUGE_VAL));
         };
         std::vector<double> v{std::numeric_limits<double>::quiet_NaN(),
                               -std::numeric_limits<double>::quiet_NaN(),
@@ -284,11 +287,15 @@ public:
         }
         return IsSentinel(value) ? 0.0 : value;
     }
+    // A float: as Real, or a float neighbour of a special number's float image.
     float RealF() {
         const std::uint8_t selector = Byte();
         float value;
-        if (selector < 200) {
+        if (selector < 192) {
             value = static_cast<float>(RealFrom(selector));
+        } else if (selector < 224) {
+            value = static_cast<float>(RealFrom(Byte() % 96));
+            value = std::nextafter(value, selector < 208 ? -HUGE_VALF : HUGE_VALF);
         } else {
             const std::uint32_t bits = U32();
             std::memcpy(&value, &bits, 4);
