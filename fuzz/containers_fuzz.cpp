@@ -157,6 +157,10 @@ void Statistics(Input& in) {
     QAL_FUZZ_CHECK(Raised([&] { QAL_FUZZ_CHECK(Same(best < 0 ? -1e25 : a[best] / b[best], k_Qal::MaxFraction(va, vb))); }) == raise);
     QAL_FUZZ_CHECK(Raised([&] { QAL_FUZZ_CHECK(Same(low < 0 ? 1e25 : a[low] / b[low], k_Qal::MinFraction(va, vb))); }) == raise);
 
+    // The operations read their vectors only.
+    for (int i = 0; i < na; ++i) QAL_FUZZ_CHECK(Bits(va(i)) == Bits(a[i]));
+    for (int i = 0; i < nb; ++i) QAL_FUZZ_CHECK(Bits(vb(i)) == Bits(b[i]));
+
     const bool scaled = na > 0 && na == nb;
     const int scaleRaise = scaled && vs.GetSize() < na ? vs.GetSize() : kNoRaise;
     QAL_FUZZ_CHECK(Raised([&] {
