@@ -29,6 +29,21 @@ if(QAL_TSAN)
   target_link_options(qal_build_flags INTERFACE -fsanitize=thread)
 endif()
 
+# Fuzzing: clang's libFuzzer with AddressSanitizer and UndefinedBehaviorSanitizer. Everything
+# gets the coverage instrumentation; only the fuzz targets link libFuzzer's main.
+if(QAL_FUZZ)
+  if(QAL_SANITIZE OR QAL_TSAN)
+    message(FATAL_ERROR "QAL_FUZZ brings its own sanitizers: not with QAL_SANITIZE or QAL_TSAN")
+  endif()
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "QAL_FUZZ needs clang (libFuzzer), e.g. CMAKE_CXX_COMPILER=clang++-14")
+  endif()
+  set(qal_fuzz_sanitizers -fsanitize=address,undefined,float-cast-overflow -fno-sanitize-recover=all)
+  target_compile_options(qal_build_flags INTERFACE ${qal_fuzz_sanitizers} -fsanitize=fuzzer-no-link
+                         -fno-omit-frame-pointer)
+  target_link_options(qal_build_flags INTERFACE ${qal_fuzz_sanitizers})
+endif()
+
 # qal_apply_build_flags(<target>): the flags above, kept private to <target> so that
 # nothing of them leaks into a consumer of the installed package.
 function(qal_apply_build_flags target)

@@ -1,21 +1,30 @@
 #!/usr/bin/env bash
-# Builds and runs every test: the static Release build, the sanitizer build, the race of the
-# Golay kernel's first build under ThreadSanitizer, and the shared build (which also checks
-# the installed package and the exported symbols). The benchmarks are built too, so that
-# they keep compiling, but not run. Then the Python package is installed into a venv under
-# build/ as a user installs it, and its tests run against that install (they compare it
-# with the C++ library through build/default/tests/qal_oracle).
+# Builds and runs every test: the static Release build, the sanitizer build, the thread
+# tests under ThreadSanitizer, every fuzz target briefly on its seeds, and the shared build
+# (which also checks the installed package and the exported symbols); the clang, 64-bit
+# ARM and Windows builds; then the normal build's tests under valgrind. The benchmarks are
+# built too, so that they keep compiling, but not run. Last the Python package is installed
+# into a venv under build/ as a user installs it, and its tests run against that install
+# (they compare it with the C++ library through build/default/tests/qal_oracle).
 # First installs the Debian packages all this needs, when any is missing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
 export CMAKE_BUILD_PARALLEL_LEVEL="${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}"
 export CTEST_PARALLEL_LEVEL="${CTEST_PARALLEL_LEVEL:-$(nproc)}"
-for workflow in test asan tsan shared bench; do
+# The fuzz targets need clang 14 with its libFuzzer runtime (Debian's packages).
+if ! command -v clang++-14 >/dev/null || ! ls /usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1; then
+  apt-get update -qq && apt-get install -y -qq clang-14 libclang-rt-14-dev >/dev/null
+fi
+command -v valgrind >/dev/null || { apt-get update -qq && apt-get install -y -qq valgrind >/dev/null; }
+for workflow in test asan tsan fuzz shared bench; do
   echo "=== ${workflow}"
   cmake --workflow --preset "${workflow}"
 done
 tools/check-platforms.sh  # clang 14, 64-bit ARM under qemu, Windows under wine
+
+echo "=== valgrind"
+tools/valgrind.sh
 
 echo "=== python"
 venv=build/python-venv
