@@ -91,6 +91,17 @@ bool IsSentinel(T value) {
     return Bits(value) == Bits(SentinelOf(T{}));
 }
 
+// True when a decoded value could turn into a sentinel inside a computation: the sentinel
+// itself, a signalling NaN that quiets to it, or a double NaN that narrows to the float one.
+inline bool BecomesSentinel(double value) {
+    if (!std::isnan(value)) return false;
+    const std::uint64_t quiet = Bits(value) | 0x0008000000000000ULL;
+    return quiet == Bits(SentinelOf(0.0)) || IsSentinel(static_cast<float>(value));
+}
+inline bool BecomesSentinel(float value) {
+    return std::isnan(value) && (Bits(value) | 0x00400000u) == Bits(SentinelOf(0.0f));
+}
+
 // ---- Arrays -------------------------------------------------------------------------------
 
 // An array of `size` elements between two poisoned guards: any access beyond either end
@@ -285,7 +296,7 @@ public:
             const std::uint64_t bits = U64();
             std::memcpy(&value, &bits, 8);
         }
-        return IsSentinel(value) ? 0.0 : value;
+        return BecomesSentinel(value) ? 0.0 : value;
     }
     // A float: as Real, or a float neighbour of a special number's float image.
     float RealF() {
@@ -300,7 +311,7 @@ public:
             const std::uint32_t bits = U32();
             std::memcpy(&value, &bits, 4);
         }
-        return IsSentinel(value) ? 0.0f : value;
+        return BecomesSentinel(value) ? 0.0f : value;
     }
     // A count: small ones, the told limits and their neighbours, -1 and below.
     int Count() {
