@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing QalLib need: the C++ toolchain,
 # GoogleTest and Google Benchmark for the library, and Debian's Python 3 with NumPy,
-# pybind11, pytest and venv for the Python package. Idempotent: when every package is
-# already installed it only asks dpkg and returns, without touching the network.
+# pybind11, pytest, venv, Dask and matplotlib for the Python package and its command-line
+# tool. Idempotent: when every package is already installed it only asks dpkg and returns,
+# without touching the network.
 # Runs as root, or through sudo otherwise.
 set -euo pipefail
 
@@ -10,7 +11,7 @@ packages=(
   cmake g++ make pkg-config libgtest-dev libbenchmark-dev
   python3 python3-dev python3-venv python3-pip python3-setuptools python3-wheel
   python3-numpy pybind11-dev python3-pybind11 python3-pytest
-  python3-dask
+  python3-dask python3-matplotlib
 )
 
 missing=()
