@@ -123,50 +123,56 @@ void FloatArrays(Input& in) {
     }
     const std::vector<float> preset = Ordinates<float>(in, nNew);
     const int option = in.Option(0, 15);
-    const bool inPlace = in.Pick(4) == 0;  // the results written over the new abscissae
+    // The results in an array of their own, or over the new abscissae, in place or a few
+    // elements off: every new abscissa is read before the first result is stored.
+    const bool overlap = in.Pick(4) == 0 && nNew > 0;
+    const int shift = overlap ? in.Pick(5) - 2 : 0;
+    const int xAt = shift < 0 ? -shift : 0, yAt = xAt + shift;
+    std::vector<float> start = preset;
+    if (overlap) {
+        start.assign(static_cast<std::size_t>(nNew + (shift < 0 ? -shift : shift)), 0.5f);
+        for (int i = 0; i < nNew; ++i) start[xAt + i] = news[i];
+    }
     const int nulls = in.Pick(24);
     const int failAt = FaultChoice(in);
 
     // The per-point loop on the widened curve.
     const std::vector<double> wx = Widened(xs), wy = Widened(ys);
-    std::vector<float> expected = inPlace ? news : preset;
+    std::vector<float> expected = start;
     int expectedStatus = QAL_OK;
     for (int i = 0; i < nNew; ++i) {
         double value = 0;
         expectedStatus = QAL_Interpol(&value, static_cast<double>(news[i]), wx.data(), wy.data(), nullptr, n, option);
-        if (expectedStatus == QAL_OK) expected[i] = static_cast<float>(value);
+        if (expectedStatus == QAL_OK) expected[(overlap ? yAt : 0) + i] = static_cast<float>(value);
     }
 
     for (InstructionSet level : OfferedLevels()) {
         Level held(level);
-        Guarded<float> x(xs), y(ys), xNew(news), yNew(inPlace ? news : preset);
-        float* const target = inPlace ? xNew.data() : yNew.data();
+        Guarded<float> x(xs), y(ys), xNew(overlap ? std::vector<float>() : news), results(start);
+        float* const from = overlap ? results.data() + xAt : xNew.data();
+        float* const into = overlap ? results.data() + yAt : results.data();
         int status;
         bool failed;
         {
             AllocationScope memory(failAt);
             status = QAL_InterpolFloatArrays(nulls == 1 ? nullptr : x.data(), nulls == 2 ? nullptr : y.data(), n,
-                                             nulls == 3 ? nullptr : xNew.data(), nulls == 4 ? nullptr : target, nNew,
-                                             option);
+                                             nulls == 3 ? nullptr : from, nulls == 4 ? nullptr : into, nNew, option);
             failed = AllocationScope::Failed(failAt);
         }
         QAL_FUZZ_CHECK(x.Unchanged(xs) && y.Unchanged(ys) && x.GuardsIntact() && y.GuardsIntact());
-        QAL_FUZZ_CHECK(xNew.GuardsIntact() && yNew.GuardsIntact());
-        if (!inPlace) QAL_FUZZ_CHECK(xNew.Unchanged(news));
-        const std::vector<float> before = inPlace ? news : preset;
-        const Guarded<float>& written = inPlace ? xNew : yNew;
+        QAL_FUZZ_CHECK(xNew.GuardsIntact() && results.GuardsIntact() && (overlap || xNew.Unchanged(news)));
         if ((nulls == 1 || nulls == 2) && n > 0 ? true : (nulls == 3 || nulls == 4) && nNew > 0) {
-            QAL_FUZZ_CHECK(status == QAL_ERR_PARAMETER && written.Unchanged(before));
+            QAL_FUZZ_CHECK(status == QAL_ERR_PARAMETER && results.Unchanged(start));
         } else if (n < 0 || nNew < 0) {
-            QAL_FUZZ_CHECK(status == QAL_ERR_MEMORY && written.Unchanged(before));
+            QAL_FUZZ_CHECK(status == QAL_ERR_MEMORY && results.Unchanged(start));
         } else if (failed) {
             // Each point either refused (as it was) or as its own call gives it.
             QAL_FUZZ_CHECK(IsStatus(status));
-            for (int i = 0; i < nNew; ++i) {
-                QAL_FUZZ_CHECK(Same(before[i], written[i]) || Same(expected[i], written[i]));
+            for (int i = 0; i < results.size(); ++i) {
+                QAL_FUZZ_CHECK(Same(start[i], results[i]) || Same(expected[i], results[i]));
             }
         } else {
-            QAL_FUZZ_CHECK(status == expectedStatus && written.Matches(expected));
+            QAL_FUZZ_CHECK(status == expectedStatus && results.Matches(expected));
         }
     }
 }
