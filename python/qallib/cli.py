@@ -15,6 +15,7 @@ import re
 import signal
 import sys
 import tempfile
+import textwrap
 from fractions import Fraction
 
 import numpy as np
@@ -651,7 +652,8 @@ def _check_options(args):
 
 
 class _Formatter(argparse.RawDescriptionHelpFormatter):
-    pass
+    def __init__(self, prog):
+        super().__init__(prog, max_help_position=32)
 
 
 class _Parser(argparse.ArgumentParser):
@@ -676,8 +678,8 @@ def _common(parser, plot_help="draw the curve and what was found into this PNG f
     parser.add_argument("--plot", metavar="FILE.png", help=plot_help)
 
 
-def _example(*lines):
-    return "example:\n" + "\n".join("  " + line for line in lines)
+def _example(line):
+    return "example:\n  " + line
 
 
 def build_parser():
@@ -691,16 +693,20 @@ Exit status: 0 done, 1 a status from the library, 2 bad input or usage.""")
     parser.add_argument("--version", action="version", version=f"qal {__version__}")
     commands = parser.add_subparsers(dest="command", metavar="COMMAND", required=True, parser_class=_Parser)
 
-    def command(name, summary, example, plot_help=None):
-        sub = commands.add_parser(name, help=summary, description=summary, epilog=example,
+    def command(name, summary, details, example, plot_help=None):
+        description = textwrap.fill(f"{summary}. {details}", 88)
+        sub = commands.add_parser(name, help=summary, description=description, epilog=_example(example),
                                   formatter_class=_Formatter)
         _common(sub, *([plot_help] if plot_help else []))
         return sub
 
-    sub = command("extrema", "every peak and valley: the extreme sample and the vertex of the parabola through "
-                  "the means of the window's thirds (columns kind,index,x,y,vertex_x,vertex_y; index counts "
-                  "samples from 0)",
-                  _example("qal extrema --window 30 --min-height 5 curve.csv"))
+    sub = command("extrema", "every peak and valley of the curve",
+                  "A window of samples slides along x one sample at a time; where the parabola through the "
+                  "means of its three thirds has a peak or valley that stands out enough, the window's extreme "
+                  "sample and the parabola's vertex are reported, each extreme sample once. Columns: "
+                  "kind (max, min), index (of the sample, from 0), x, y (the sample), vertex_x, vertex_y. "
+                  "Exit status 1 when there is none. Needs x strictly ascending and 3 samples.",
+                  "qal extrema --window 30 --min-height 5 curve.csv")
     sub.add_argument("--window", type=int, default=30,
                      help="samples per window, rounded down to a multiple of 3; above the number of samples it "
                           "becomes half of them (default: 30)")
@@ -709,18 +715,25 @@ Exit status: 0 done, 1 a status from the library, 2 bad input or usage.""")
     sub.add_argument("--kind", choices=("both", "max", "min"), default="both",
                      help="peaks (max), valleys (min) or both (default: both)")
 
-    sub = command("crossings", "where the curve reaches a level: every crossing (the line through the pair of "
-                  "samples met at the level; index is the pair's first sample), then the first crossing "
-                  "scanning from the start and from the end (columns which,index,x,level)",
-                  _example("qal crossings --percent 50 curve.csv      # the half-maximum points"))
+    sub = command("crossings", "where the curve reaches a level",
+                  "Rows 'crossing': every pair of neighbouring samples that reaches the level, with index the "
+                  "pair's first sample and x where the line through the pair meets the level (a sample on the "
+                  "level makes both its pairs count; the last pair is not examined); then rows "
+                  "'first_from_start' and 'first_from_end': the first crossing met scanning from either end. "
+                  "Columns: which, index, x, level (the level as the library uses it, rounded to float32). "
+                  "Exit status 1 when the curve never reaches the level. Needs x strictly ascending and 3 "
+                  "samples.",
+                  "qal crossings --percent 50 curve.csv      # the half-maximum points")
     level = sub.add_mutually_exclusive_group()
-    level.add_argument("--level", type=float, help="an absolute level (rounded to float32, as the library does)")
+    level.add_argument("--level", type=float, help="an absolute level")
     level.add_argument("--percent", type=float, default=50.0,
                        help="the level as a percentage of the highest sample (default: 50)")
 
-    sub = command("smooth", "a moving filter over y, the samples taken as equally spaced; at the ends the "
-                  "weights of the missing taps are left out and the rest scaled up (columns x,y)",
-                  _example("qal smooth --width 21 --degree 2 curve.csv > smooth.csv"))
+    sub = command("smooth", "the curve smoothed by a moving filter",
+                  "The samples count as equally spaced (x is not read). At the ends the weights of the taps "
+                  "beyond the data are left out and the rest scaled up, so nothing is mirrored or padded. "
+                  "Columns: x, y smoothed. Needs 2 samples.",
+                  "qal smooth --width 21 --degree 2 curve.csv > smooth.csv")
     sub.add_argument("--method", choices=tuple(SMOOTHERS), default="savitzky-golay",
                      help="least-squares polynomial, equal weights or triangular weights "
                           "(default: savitzky-golay)")
@@ -729,49 +742,61 @@ Exit status: 0 done, 1 a status from the library, 2 bad input or usage.""")
     sub.add_argument("--degree", type=int, default=2,
                      help="polynomial degree of savitzky-golay: 2, 4 or 6, below --width (default: 2)")
 
-    sub = command("derive", "the derivative curve (columns x, dy/dx)",
-                  _example("qal derive --method line-fit --span 7 curve.csv"))
+    sub = command("derive", "the derivative curve",
+                  "Columns: x, and the first (dy/dx) or second derivative at every sample. Needs x strictly "
+                  "ascending and 2 samples (line-fit --order 2: 4).",
+                  "qal derive --method line-fit --span 7 curve.csv")
     sub.add_argument("--method", choices=tuple(DERIVATIVES), default="spline",
                      help="the natural cubic spline through the samples (at most 10000), or least-squares lines "
-                          "over --span samples (default: spline)")
+                          "over --span samples around each (default: spline)")
     sub.add_argument("--order", type=int, choices=(1, 2), default=1,
-                     help="first or second derivative; line-fit's second is the change of slope from the "
-                          "samples before to those after, not divided by a distance (default: 1)")
-    sub.add_argument("--span", type=int, default=5, help="samples per line of line-fit (default: 5)")
+                     help="first or second derivative; line-fit's second is the slope over the samples after "
+                          "minus that over the samples before, not divided by a distance (default: 1)")
+    sub.add_argument("--span", type=int, default=5,
+                     help="line-fit: span // 2 samples on each side; at least 2 (4 for --order 2) (default: 5)")
 
-    sub = command("resample", "the curve at evenly spaced x from the first sample to the last; at those two "
-                  "the end samples stand (columns x,y)",
-                  _example("qal resample --points 1001 --method spline curve.csv"))
+    sub = command("resample", "the curve at evenly spaced x",
+                  "From the first sample's x to the last one's. The library resamples strictly inside the "
+                  "data, so at those two ends the end samples stand. Columns: x, y. Needs x strictly "
+                  "ascending and 2 samples.",
+                  "qal resample --points 1001 --method spline curve.csv")
     grid = sub.add_mutually_exclusive_group()
-    grid.add_argument("--points", type=int, help="number of points (default: as many as the samples)")
+    grid.add_argument("--points", type=int, help="number of points, 2 or more (default: as many as the samples)")
     grid.add_argument("--step", type=float, help="distance of the points, from the first sample on")
     sub.add_argument("--method", choices=tuple(RESAMPLERS), default="spline",
-                     help="natural cubic spline, line through the two samples around, the located sample, "
-                          "least-squares line through the 6, 4 or 2 samples around, one least-squares line "
-                          "through all, and the last two in log-log coordinates (default: spline)")
+                     help="spline: natural cubic spline; segment: the line through the sample that a "
+                          "bisection locates (the one before x, or one off) and the next; located: that "
+                          "sample's y; local-line: least-squares line through the 6, 4 or 2 samples there; "
+                          "line: one least-squares line through all; log-line, log-segment: those in log-log "
+                          "coordinates (default: spline)")
 
-    sub = command("fit", "the least-squares line y = intercept + slope x (columns intercept,slope)",
-                  _example("qal fit --plot line.png curve.csv"), plot_help="draw the samples and the line")
+    sub = command("fit", "the least-squares line y = intercept + slope x",
+                  "Columns: intercept, slope. Needs 2 samples; equal x everywhere gives nan.",
+                  "qal fit --plot line.png curve.csv", plot_help="draw the samples and the line into this PNG file")
     sub.add_argument("--method", choices=("lin-fit", "regression"), default="lin-fit",
                      help="two passes about the mean x, or one pass over raw sums (default: lin-fit)")
 
-    sub = command("integrate", "the integral of the natural cubic spline through the samples: stages of the "
-                  "trapezoidal rule, each halving the step, until two successive stages agree to --tolerance "
-                  "(columns from,to,integral,stages,change)",
-                  _example("qal integrate --from 20 --to 60 curve.csv"))
-    sub.add_argument("--from", dest="lower", type=float, help="lower limit (default: the first x)")
-    sub.add_argument("--to", dest="upper", type=float, help="upper limit (default: the last x)")
+    sub = command("integrate", "the integral under the curve",
+                  "Of the natural cubic spline through the samples: stages of the trapezoidal rule on it, each "
+                  "halving the step, until two successive stages agree to --tolerance. Columns: from, to, "
+                  "integral, stages (run), change (between the last two). Needs x strictly ascending and 2 "
+                  "samples.",
+                  "qal integrate --from 20 --to 60 curve.csv")
+    sub.add_argument("--from", dest="lower", type=float, help="lower limit, inside the data (default: the first x)")
+    sub.add_argument("--to", dest="upper", type=float, help="upper limit, inside the data (default: the last x)")
     sub.add_argument("--tolerance", type=float, default=1e-10,
                      help="relative change of the estimate that counts as settled, from stage 6 on "
                           "(default: 1e-10)")
     sub.add_argument("--max-stage", type=int, default=22,
-                     help="stage to stop at, settled or not (stage k evaluates 2**(k-2) new points); a warning "
-                          "then (default: 22)")
+                     help="stage to stop at, settled or not (then a warning); stage k evaluates 2**(k-2) new "
+                          "points (default: 22)")
 
-    sub = command("analyze", "a report: the curve smoothed (Savitzky-Golay), its extrema with their vertices "
-                  "and the slope there, where it first reaches a level (half its maximum) from either end, "
-                  "and how many samples leave a band around it",
-                  _example("qal analyze examples/data/sample_curve.csv --plot curve.png"),
+    sub = command("analyze", "a report on the curve",
+                  "The curve smoothed (Savitzky-Golay), the extrema of the smoothed curve with their vertices "
+                  "and the slope of its spline there, where it first reaches a level (half its maximum) from "
+                  "either end, and how many samples leave a band around it. Numbers rounded to 6 digits; the "
+                  "other commands give them in full. Needs x strictly ascending and 3 samples.",
+                  "qal analyze examples/data/sample_curve.csv --plot curve.png",
                   plot_help="draw the curve, the smoothed curve, the band, extrema, crossings and the slope")
     sub.add_argument("--width", type=int, default=21, help="smoothing taps, odd, 3 to 299 (default: 21)")
     sub.add_argument("--degree", type=int, default=2, help="smoothing degree: 2, 4 or 6 (default: 2)")
