@@ -214,7 +214,7 @@ def need_ascending(curve, command):
     for i in range(len(x)):
         where = f"{curve.name}:{curve.lines[i]}:{curve.x_column}"
         if math.isnan(x[i]):
-            raise BadInput(f"{where}: x is NaN; {command} needs x ascending")
+            raise BadInput(f"{where}: x is NaN; {command} needs x strictly ascending")
         if i and x[i] <= x[i - 1]:
             verb = "repeats" if x[i] == x[i - 1] else "descends"
             raise BadInput(f"{where}: x {verb} ({curve.x_text[i]} after {curve.x_text[i - 1]}); "
