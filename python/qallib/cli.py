@@ -144,23 +144,23 @@ def _read_text(path):
         raise BadInput(f"{name}:{line}: not UTF-8 text") from None
 
 
-def _column(spec, option, cells, is_header, name, line):
+def _column(choice, option, cells, is_header, name, line):
     """The 0-based column that --x/--y names, by 1-based index or by header name."""
-    if spec.isdigit():
-        index = int(spec)
+    if choice.isdigit():
+        index = int(choice)
         if not 1 <= index <= len(cells):
-            raise BadInput(f"{name}:{line}: {option} {spec}: no such column ({len(cells)} cells)")
+            raise BadInput(f"{name}:{line}: {option} {choice}: no such column ({len(cells)} cells)")
         return index - 1
     if not is_header:
-        raise BadInput(f"{name}:{line}: {option} {spec}: no header line to find the name in")
+        raise BadInput(f"{name}:{line}: {option} {choice}: no header line to find the name in")
     names = [cell.strip('"') for cell in cells]
-    if spec not in names:
-        raise BadInput(f"{name}:{line}: {option} {spec}: no such column in the header ({', '.join(names)})")
-    return names.index(spec)
+    if choice not in names:
+        raise BadInput(f"{name}:{line}: {option} {choice}: no such column in the header ({', '.join(names)})")
+    return names.index(choice)
 
 
-def read_curve(path, x_spec, y_spec, delimiter, dtype):
-    """The curve in columns x_spec, y_spec of the CSV file (see the module help for the rules)."""
+def read_curve(path, x_choice, y_choice, delimiter, dtype):
+    """The curve in columns x_choice, y_choice of the CSV file (see the module help for the rules)."""
     name, text = _read_text(path)
     split = None
     columns = cells_expected = None
@@ -175,11 +175,11 @@ def read_curve(path, x_spec, y_spec, delimiter, dtype):
         cells = split(line)
         if columns is None:
             # A header when a column is asked for by name, or when a chosen cell is no number.
-            named = not (x_spec.isdigit() and y_spec.isdigit())
-            probe = [cells[int(s) - 1] for s in (x_spec, y_spec) if s.isdigit() and 1 <= int(s) <= len(cells)]
+            named = not (x_choice.isdigit() and y_choice.isdigit())
+            probe = [cells[int(s) - 1] for s in (x_choice, y_choice) if s.isdigit() and 1 <= int(s) <= len(cells)]
             is_header = named or any(parse_number(cell, np.float64) is None for cell in probe)
-            columns = (_column(x_spec, "--x", cells, is_header, name, number),
-                       _column(y_spec, "--y", cells, is_header, name, number))
+            columns = (_column(x_choice, "--x", cells, is_header, name, number),
+                       _column(y_choice, "--y", cells, is_header, name, number))
             cells_expected = len(cells)
             if is_header:
                 x_name, y_name = (cells[c].strip('"') or label for c, label in zip(columns, ("x", "y")))
