@@ -33,9 +33,9 @@ def _load(name: str):
             raise SystemExit(f"docs/build.py: docs/tools/{name}.py is missing")
         return None
     sys.path.insert(0, str(path.parent))
-    spec = importlib.util.spec_from_file_location(f"qal_docs_{name}", path)
-    module = importlib.util.module_from_spec(spec)
-    spec.loader.exec_module(module)
+    found = importlib.util.spec_from_file_location(f"qal_docs_{name}", path)
+    module = importlib.util.module_from_spec(found)
+    found.loader.exec_module(module)
     return module
 
 

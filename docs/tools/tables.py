@@ -108,9 +108,13 @@ def spline_derivative_ends() -> str:
 INTERPOL_OPTIONS = [0, 2, 3, 4, 5, 6, 12, 14]
 
 
+# Inside the data, where the location ends one position off the enclosing interval.
+INSIDE_CASES = [("inside, between `x[1]` and `x[2]`", 2.5), ("inside, between `x[2]` and `x[3]`", 4.0)]
+
+
 def interpol_ends() -> str:
     rows = [[label, _arg(v)] + [cell(qallib.interpol, float(v), X, Y, None, option) for option in INTERPOL_OPTIONS]
-            for label, v in _end_cases(X)]
+            for label, v in _end_cases(X) + INSIDE_CASES]
     header = ["`x_value`", ""] + [f"{o} {qallib.InterpolOption(o).name}" for o in INTERPOL_OPTIONS]
     return f"On {curve_text(X, Y)}, without `y2`; the midpoint is 4.5:\n\n" + table(header, rows)
 
@@ -186,8 +190,8 @@ def tableau_nan() -> str:
 def locate_ends() -> str:
     rows = [[label, _arg(v), cell(qallib.locate_value, float(v), X), cell(qallib.find_abs_values, float(v), X, Y)]
             for label, v in _end_cases(X)]
-    rows.append(["inside, on `x[2]`", "`3.0`", cell(qallib.locate_value, 3.0, X), cell(qallib.find_abs_values, 3.0, X, Y)])
-    rows.append(["inside, 4.5", "`4.5`", cell(qallib.locate_value, 4.5, X), cell(qallib.find_abs_values, 4.5, X, Y)])
+    for label, v in [("inside, on `x[2]`", 3.0)] + INSIDE_CASES:
+        rows.append([label, _arg(v), cell(qallib.locate_value, v, X), cell(qallib.find_abs_values, v, X, Y)])
     return (f"On {curve_text(X, Y)}; `locate_value` gives the index, `find_abs_values` the point:\n\n"
             + table(["`value`", "", "locate_value", "find_abs_values"], rows))
 
@@ -310,7 +314,13 @@ def crossings_nan() -> str:
 # ---- Other families ------------------------------------------------------------------------
 
 def _value_rows(calls):
-    return table(["Call", "Status, result"], [[f"`{text}`", cell(fn, *args)] for text, fn, args in calls])
+    rows = []
+    for text, fn, args in calls:
+        result = cell(fn, *args)
+        if fn is qallib.calc_log and result.endswith(", untouched"):  # Python hands no array out on failure
+            result = result[: -len(", untouched")] + " (in C++ the array up to the offending logarithm)"
+        rows.append([f"`{text}`", result])
+    return table(["Call", "Status, result"], rows)
 
 
 def scalars_nan() -> str:
@@ -323,6 +333,7 @@ def scalars_nan() -> str:
         ("mult(NaN, 2)", qallib.mult, (np.float32(NAN), np.float32(2))),
         ("calc_log([1, NaN, 10], mode=1)", qallib.calc_log, (np.array([1, NAN, 10], np.float32), 1)),
         ("calc_log([1, NaN, 10], mode=2)", qallib.calc_log, (np.array([1, NAN, 10], np.float32), 2)),
+        ("calc_log([10, NaN, 1, 0.1], mode=2)", qallib.calc_log, (np.array([10, NAN, 1, 0.1], np.float32), 2)),
         ("k_qal.power(NaN, 2)", k.power, (NAN, 2.0)), ("k_qal.power(2, NaN)", k.power, (2.0, NAN)),
         ("k_qal.log(NaN)", k.log, (NAN,)), ("k_qal.sqrt(NaN)", k.sqrt, (NAN,)),
         ("k_qal.inf_repair(NaN)", k.inf_repair, (NAN,)), ("k_qal.zero_repair(NaN)", k.zero_repair, (NAN,)),
