@@ -83,6 +83,10 @@ def _end_cases(x, dtype=float):
     ]
 
 
+END_ROWS = ("rows: the argument below, exactly on, just inside (the next number toward the data) and "
+            "above each end, and NaN; each cell: status, value")
+
+
 def _arg(value) -> str:
     return f"`{fmt(value if isinstance(value, np.float32) else float(value))}`"
 
@@ -93,7 +97,7 @@ def spline_ends() -> str:
     y2 = qallib.splines(X, Y)
     rows = [[label, _arg(v), cell(qallib.cubic_spline_interpolation, X, Y, y2, float(v))]
             for label, v in _end_cases(X)]
-    return (f"On {curve_text(X, Y)} with its natural table:\n\n"
+    return (f"On {curve_text(X, Y)} with its natural table; {END_ROWS}:\n\n"
             + table(["`x_value`", "", "cubic_spline_interpolation"], rows))
 
 
@@ -101,7 +105,7 @@ def spline_derivative_ends() -> str:
     y2 = qallib.splines(X, Y)
     rows = [[label, _arg(v), cell(qallib.first_derivative, X, Y, y2, float(v)),
              cell(qallib.second_derivative, X, Y, y2, float(v))] for label, v in _end_cases(X)]
-    return (f"On {curve_text(X, Y)} with its natural table:\n\n"
+    return (f"On {curve_text(X, Y)} with its natural table; {END_ROWS}:\n\n"
             + table(["`x_value`", "", "first_derivative", "second_derivative"], rows))
 
 
@@ -116,7 +120,8 @@ def interpol_ends() -> str:
     rows = [[label, _arg(v)] + [cell(qallib.interpol, float(v), X, Y, None, option) for option in INTERPOL_OPTIONS]
             for label, v in _end_cases(X) + INSIDE_CASES]
     header = ["`x_value`", ""] + [f"{o} {qallib.InterpolOption(o).name}" for o in INTERPOL_OPTIONS]
-    return f"On {curve_text(X, Y)}, without `y2`; the midpoint is 4.5:\n\n" + table(header, rows)
+    return (f"On {curve_text(X, Y)}, without `y2` (the midpoint is 4.5); {END_ROWS}, then two "
+            f"abscissae inside; columns: the options:\n\n" + table(header, rows))
 
 
 def interpol_float_ends() -> str:
@@ -137,7 +142,7 @@ def interpol_float_ends() -> str:
 def tableau_ends() -> str:
     rows = [[label, _arg(v), cell(qallib.polynomial_interpolation, X, Y, float(v)),
              cell(qallib.rationial_interpolation, X, Y, float(v))] for label, v in _end_cases(X)]
-    return (f"On {curve_text(X, Y)}; each cell gives the status and (value, error estimate):\n\n"
+    return (f"On {curve_text(X, Y)}; {END_ROWS} (value, error estimate):\n\n"
             + table(["`x_value`", "", "polynomial_interpolation", "rationial_interpolation"], rows))
 
 
@@ -171,10 +176,12 @@ def spline_nan() -> str:
 
 
 def interpol_nan() -> str:
-    cases = [("`y[2]` NaN", X, Y[:2] + [NAN] + Y[3:]), ("`x[2]` NaN", X[:2] + [NAN] + X[3:], Y),
-             ("`x[0]` NaN", [NAN] + X[1:], Y)]
+    cases = [("`y[2]` NaN", X, Y[:2] + [NAN] + Y[3:], (1.5, 5.5)),
+             ("`x[2]` NaN", X[:2] + [NAN] + X[3:], Y, (1.5, 5.5)),
+             ("`x[0]` NaN", [NAN] + X[1:], Y, (1.5, 5.5, 7.0)),
+             ("`x[n-1]` NaN", X[:-1] + [NAN], Y, (0.5, 1.5, 5.5))]
     rows = [[label, _arg(at)] + [cell(qallib.interpol, at, x, y, None, o) for o in INTERPOL_OPTIONS]
-            for label, x, y in cases for at in (1.5, 5.5)]
+            for label, x, y, values in cases for at in values]
     return table(["Curve", "`x_value`"] + [str(o) for o in INTERPOL_OPTIONS], rows)
 
 
@@ -192,7 +199,8 @@ def locate_ends() -> str:
             for label, v in _end_cases(X)]
     for label, v in [("inside, on `x[2]`", 3.0)] + INSIDE_CASES:
         rows.append([label, _arg(v), cell(qallib.locate_value, v, X), cell(qallib.find_abs_values, v, X, Y)])
-    return (f"On {curve_text(X, Y)}; `locate_value` gives the index, `find_abs_values` the point:\n\n"
+    return (f"On {curve_text(X, Y)}; {END_ROWS}, then abscissae inside; `locate_value` gives the "
+            f"index, `find_abs_values` the point:\n\n"
             + table(["`value`", "", "locate_value", "find_abs_values"], rows))
 
 
@@ -220,8 +228,9 @@ def threshold_ends() -> str:
     rows = [[label, _arg(level)] + [cell(qallib.find_x_at_y_threshold, X, Y, level, 0, d, m) for d, m in modes]
             for label, level in LEVEL_CASES]
     header = ["Level", "", "forward, sample", "forward, crossing", "backward, sample", "backward, crossing"]
-    return (f"On {curve_text(X, Y)}, absolute level (`threshold_kind` 0); forward is `direction` 1, "
-            f"backward 2; sample is `result_mode` 0, crossing 2. Each cell: status, the point:\n\n"
+    return (f"On {curve_text(X, Y)}, absolute level (`threshold_kind` 0); rows: the level on the "
+            f"first sample, on the last, between two samples, beyond each end, NaN; forward is `direction` 1, "
+            f"backward 2; sample is `result_mode` 0, crossing 2; each cell: status, the point:\n\n"
             + table(header, rows))
 
 
@@ -234,7 +243,9 @@ def x_diff_ends() -> str:
     rows = [[label, _arg(v)] + [cell(qallib.get_y_at_x_diff, X, Y, float(v), d, m) for d, m in modes]
             for label, v in cases]
     header = ["`x_diff`", "", "forward, sample", "forward, line", "backward, sample", "backward, line"]
-    return (f"On {curve_text(X, Y)}; forward measures from `x[0]`, backward from `x[n-1]`:\n\n"
+    return (f"On {curve_text(X, Y)}; rows: the distance 0, one step, just short of and exactly the "
+            f"length of the axis, beyond it, NaN; forward measures from `x[0]`, backward from `x[n-1]`; "
+            f"each cell: status, the point:\n\n"
             + table(header, rows))
 
 
