@@ -257,7 +257,7 @@ def render_section(section: Section, names, owner: str | None = None, level: str
             f"| `{name}` | {value} | `{name[4:]}` | {prose(meaning)} |" for name, value, meaning in section.constants))
     for entry in section.entries:
         if entry.kind == "class":
-            out.append(f"{level} `{entry.name}`")
+            out.append(f"{level} `{owner + '::' if owner else ''}{entry.name}`")
             out.extend(_paragraphs(entry.comment))
             out.append("```cpp\n" + "\n".join(entry.declarations) + "\n```")
             continue
