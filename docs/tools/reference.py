@@ -34,7 +34,7 @@ class Entry:
 class Section:
     def __init__(self, title: str):
         self.title = title
-        self.intro: list[list[str]] = []  # comment blocks followed by a blank line
+        self.intro: list[tuple[int, list[str]]] = []  # (entries before it, comment) of blocks not on a declaration
         self.constants: list[tuple[str, str, str]] = []
         self.entries: list[Entry] = []
 
@@ -69,7 +69,7 @@ def parse_header(path: pathlib.Path, first_section: str) -> dict[str, Section]:
         banner = _BANNER.match(line)
         if banner:
             if comment:
-                current.intro.append(comment)
+                current.intro.append((len(current.entries), comment))
             text = banner.group(1)
             dashed = line.endswith("-")
             current = sections.setdefault(text, Section(text))
@@ -78,14 +78,14 @@ def parse_header(path: pathlib.Path, first_section: str) -> dict[str, Section]:
                 comment = [text]
                 in_banner_intro = not text.endswith(".")
                 if not in_banner_intro and comment:
-                    current.intro.append(comment)
+                    current.intro.append((len(current.entries), comment))
                     comment = []
             continue
         text = _comment_text(line)
         if text is not None:
             comment.append(text)
             if in_banner_intro and text.endswith("."):
-                current.intro.append(comment)
+                current.intro.append((len(current.entries), comment))
                 comment, in_banner_intro = [], False
             pending = None
             continue
@@ -96,12 +96,12 @@ def parse_header(path: pathlib.Path, first_section: str) -> dict[str, Section]:
             continue
         if not stripped:
             if comment:
-                current.intro.append(comment)
+                current.intro.append((len(current.entries), comment))
             comment, pending = [], None
             continue
         if stripped.startswith(("#", "public:", "protected:", "private:", "}", "namespace", "extern template")):
             if comment and stripped.startswith(("#", "namespace")):
-                current.intro.append(comment)
+                current.intro.append((len(current.entries), comment))
             if not stripped.startswith(("public:", "protected:", "private:")):
                 comment = []
             pending = None
@@ -129,7 +129,7 @@ def parse_header(path: pathlib.Path, first_section: str) -> dict[str, Section]:
         pending = _add_declaration(current, comment, block, pending)
         comment = []
     if comment:
-        current.intro.append(comment)
+        current.intro.append((len(current.entries), comment))
     return sections
 
 
@@ -192,7 +192,7 @@ def python_name(cpp: str, names) -> str | None:
 
 # ---- Markdown ------------------------------------------------------------------------------
 
-_IDENT = re.compile(r"\b(QAL_\w+(?:\(\))?|k_Qal(?:\w|::)*|t_Qal\w+(?:<\w+>)?|qal::\w+|std::\w+)")
+_IDENT = re.compile(r"\b(qal_version\(\)|QAL_\w+(?:\(\))?|k_Qal(?:\w|::)*|t_Qal\w+(?:<\w+>)?|qal::\w+|std::\w+)")
 
 
 def prose(words: str) -> str:
@@ -250,12 +250,16 @@ def _entry_name(declaration: str, owner: str | None) -> str:
 
 def render_section(section: Section, names, owner: str | None = None, level: str = "###") -> str:
     out: list[str] = []
-    for block in section.intro:
-        out.extend(_paragraphs(block))
+    for position, block in section.intro:
+        if position == 0:
+            out.extend(_paragraphs(block))
     if section.constants:
         out.append("| Name | Value | Python | Meaning |\n|---|---|---|---|\n" + "\n".join(
             f"| `{name}` | {value} | `{name[4:]}` | {prose(meaning)} |" for name, value, meaning in section.constants))
-    for entry in section.entries:
+    for index, entry in enumerate(section.entries):
+        for position, block in section.intro:
+            if position == index and index > 0:
+                out.extend(_paragraphs(block))
         if entry.kind == "class":
             out.append(f"{level} `{owner + '::' if owner else ''}{entry.name}`")
             out.extend(_paragraphs(entry.comment))
@@ -278,6 +282,9 @@ def render_section(section: Section, names, owner: str | None = None, level: str
                                         for p in py) if py else "Python: " + NO_PYTHON_FORM.get(cpp_names[0], "none")
         out.append(f"{level} {title}\n\n```cpp\n" + "\n".join(entry.declarations) + "\n```\n\n" + python)
         out.extend(_paragraphs(entry.comment))
+    for position, block in section.intro:
+        if position == len(section.entries) and position > 0:
+            out.extend(_paragraphs(block))
     return "\n\n".join(out)
 
 

@@ -124,6 +124,15 @@ def interpol_ends() -> str:
             f"abscissae inside; columns: the options:\n\n" + table(header, rows))
 
 
+def interpol_last() -> str:
+    x, y = [0.0, 1.0, 2.0], [0.0, 1.0, 4.0]
+    options = [0, 4, 5, 6, 14]
+    rows = [[_arg(v), cell(qallib.locate_value, v, x)] + [cell(qallib.interpol, v, x, y, None, o) for o in options]
+            for v in (0.5, 0.999, 1.0, 1.001, 1.5)]
+    return (f"On {curve_text(x, y)}; rows: abscissae inside the data; each cell: status, value:\n\n"
+            + table(["`x_value`", "locate_value"] + [f"{o} {qallib.InterpolOption(o).name}" for o in options], rows))
+
+
 def interpol_float_ends() -> str:
     xf = np.array(X, np.float32)
     yf = np.array(Y, np.float32)
