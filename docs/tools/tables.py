@@ -194,6 +194,16 @@ def interpol_nan() -> str:
     return table(["Curve", "`x_value`"] + [str(o) for o in INTERPOL_OPTIONS], rows)
 
 
+def check_in_out_nan() -> str:
+    f = lambda v: np.array(v, np.float32)  # noqa: E731
+    return _value_rows([
+        ("check_in_out_arrays([NaN], upper=[1], lower=[0])", qallib.check_in_out_arrays, (f([NAN]), f([1]), f([0]))),
+        ("check_in_out_arrays([5], upper=[NaN], lower=[0])", qallib.check_in_out_arrays, (f([5]), f([NAN]), f([0]))),
+        ("check_in_out_arrays([-1], upper=[NaN], lower=[0])", qallib.check_in_out_arrays, (f([-1]), f([NAN]), f([0]))),
+        ("check_in_out_arrays([-1], upper=[1], lower=[NaN])", qallib.check_in_out_arrays, (f([-1]), f([1]), f([NAN]))),
+    ])
+
+
 def tableau_nan() -> str:
     cases = [("`y[0]` NaN", X, [NAN] + Y[1:]), ("`x[0]` NaN", [NAN] + X[1:], Y)]
     rows = [[label, _arg(at), cell(qallib.polynomial_interpolation, x, y, at),
