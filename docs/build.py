@@ -45,7 +45,11 @@ def run(out_dir: pathlib.Path) -> list[pathlib.Path]:
         module = _load(name)
         if module is None:
             continue
-        for path in module.build(out_dir, REPO):
+        try:
+            produced = module.build(out_dir, REPO)
+        except Exception as error:
+            raise RuntimeError(f"docs/tools/{name}.py: {type(error).__name__}: {error}") from error
+        for path in produced:
             if path not in written:
                 written.append(path)
     return written
@@ -59,7 +63,7 @@ def check() -> int:
         try:
             written = run(out_dir)
         except Exception as error:  # a module that cannot produce its files fails the check
-            print(f"docs/build.py --check: {type(error).__name__}: {error}", file=sys.stderr)
+            print(f"docs/build.py --check: {error}", file=sys.stderr)
             return 1
         for path in written:
             relative = path.relative_to(out_dir)
