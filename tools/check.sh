@@ -5,7 +5,8 @@
 # ARM and Windows builds; then the normal build's tests under valgrind. The benchmarks are
 # built too, so that they keep compiling, but not run. Last the Python package is installed
 # into a venv under build/ as a user installs it, and its tests run against that install
-# (they compare it with the C++ library through build/default/tests/qal_oracle).
+# (they compare it with the C++ library through build/default/tests/qal_oracle), and the
+# reference manual under docs/ is rebuilt to check that the committed pages are current.
 # First installs the Debian packages all this needs, when any is missing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -34,4 +35,7 @@ fi
 QALLIB_BUILD_JOBS="${CMAKE_BUILD_PARALLEL_LEVEL}" \
   "${venv}/bin/pip" install --no-build-isolation --no-index --quiet ./python
 QAL_REQUIRE_ORACLE=1 QAL_ORACLE=build/default/tests/qal_oracle "${venv}/bin/python" -m pytest python/tests
+
+echo "=== docs"
+"${venv}/bin/python" docs/build.py --check  # the generated pages match the headers and the library
 echo "=== all builds passed"
