@@ -94,8 +94,10 @@ QAL_API double QAL_sqrt(double x);
 QAL_API float QAL_mult(float a, float b);
 // Decimal logarithms of source[0..n-1] by QAL_log10, rounded to float, into a new array
 // stored in *target. mode 1: QAL_ERR_LOG_SEQUENCE at the second descent of the
-// logarithms (a flat step is no descent); mode 2: QAL_ERR_LOG_SEQUENCE unless each
-// logarithm rises above the one before, the first above -30; other modes: no test.
+// logarithms (a flat step is no descent); mode 2: QAL_ERR_LOG_SEQUENCE at the first
+// logarithm not above the one before, the first compared with -30; other modes: no test.
+// Both tests are false for a NaN on either side, so a NaN logarithm and the one after it
+// pass them.
 // n == 0: QAL_OK, nothing allocated or looked at. QAL_ERR_MEMORY for a null source or
 // target, or when the array cannot be allocated (*target is then null; a negative n
 // always fails so). On QAL_OK and on QAL_ERR_LOG_SEQUENCE the array belongs to the
@@ -130,7 +132,7 @@ QAL_API int QAL_Normalize(double* values, int n);
 
 // ---- Guarded arithmetic: ordered search and sort ---------------------------------------
 // Position of `value` in the monotonic x[0..n-1] (ascending exactly when x[n-1] > x[0];
-// equal ends count as descending) by a bisection that moves both bounds past the middle,
+// equal ends, and a NaN at either end, count as descending) by a bisection that moves both bounds past the middle,
 // so *index may be one position off the enclosing interval on either side, n-1 included.
 // An element equal to the value is found only when the bisection lands on it. A NaN
 // value or element ends the search at the middle it meets. QAL_ERR_PARAMETER (null x or
@@ -250,8 +252,10 @@ inline constexpr int QAL_INTERPOL_LOG_SEGMENT = 14;  // log-log line through the
 // and value. Otherwise *yOut = (y[n-1] + y[0]) * 0.5 first, then xValue is located by
 // QAL_LocateValue (x ascending or descending; ascending at option 4), whose refusal passes
 // on with that midpoint: QAL_ERR_OUT_OF_RANGE at or beyond either end, and for every value
-// when x[0] == x[n-1]. A NaN xValue passes the location. Options 5, 6 and 14 give y[n-1]
-// where the location ends on n - 1. Logarithms go through QAL_log10 (-30 for values below
+// when x[0] == x[n-1]. A NaN xValue passes the location. Options 0, 5, 6 and 14 work
+// from the located position, which may be one off the interval that holds xValue, so
+// their segment or local line need not enclose it; they give y[n-1] where the location
+// ends on n - 1. Logarithms go through QAL_log10 (-30 for values below
 // 1e-25) and the result of options 12 and 14 through QAL_pow10. Equal abscissae
 // under a fit give its NaN or infinity with QAL_OK. y2 is read at option 4 only (null:
 // a natural table is built for this call). QAL_ERR_PARAMETER for a null x, y or yOut or
@@ -523,7 +527,8 @@ QAL_API int QAL_GetAutoExtremum(const double* x, const double* y, int n, double*
 // |y[n-1] - y[0]| * 0.01f * percent + near, 5 near * 0.01f * percent, other: threshold.
 // A pair hits when 0 >= (a - L)(b - L). Forward skips the last pair; backward examines
 // all and reports the last sample for a hit in the last pair. A hit gives QAL_OK and the
-// first sample of the pair met, or (crossing x, L). QAL_ERR_NOT_FOUND otherwise, with the
+// sample of the pair that the scan meets first (the upper one when scanning backward), or
+// (crossing x, L). QAL_ERR_NOT_FOUND otherwise, with the
 // far-end sample when the curve ends short of L, on it, or level with its start, else
 // the start sample.
 QAL_API int QAL_FindX_at_YThreshold(const double* x, const double* y, int n, int thresholdKind, int direction,
