@@ -2,7 +2,8 @@
 """The figures of the manual, in docs/figures/.
 
 One figure per analysis of the command-line tool, drawn by the tool itself on the sample curve:
-    qal COMMAND examples/data/sample_curve.csv --plot docs/figures/COMMAND.png
+    qal COMMAND examples/data/sample_curve.csv [OPTIONS] --plot docs/figures/COMMAND.png
+(the options of each in examples.COMMANDS)
 (run as `python -m qallib` with this interpreter, from the repository root), and
 extremum-windows.png, drawn here with matplotlib from the library's own results: the windows of
 the extremum search on a small curve, the three means of the winning window and its parabola.
@@ -32,7 +33,8 @@ SAVE = {"dpi": 100, "metadata": {"Software": None}}
 
 
 def cli_figure(command: str, target: pathlib.Path, repo: pathlib.Path) -> None:
-    run = subprocess.run([sys.executable, "-m", "qallib", command, SAMPLE, "--plot", str(target)],
+    options = COMMANDS[command][0]
+    run = subprocess.run([sys.executable, "-m", "qallib", command, SAMPLE, *options, "--plot", str(target)],
                          cwd=repo, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
     if run.returncode != 0 or not target.is_file():
         raise RuntimeError(f"qal {command} --plot {target.name} failed ({run.returncode}): {run.stderr.strip()}")
