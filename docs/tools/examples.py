@@ -224,10 +224,10 @@ def notes_page() -> Page:
 
     p.example("rational", """
         f = lambda x: 1.0 / (1.0 + 25.0 * x * x)
-        x = np.linspace(-1.0, 1.0, 4)
-        for v in (0.2, 0.5):
+        for nodes, v in ((4, 0.2), (9, -0.87), (4, 0.5)):
+            x = np.linspace(-1.0, 1.0, nodes)
             r = qallib.rationial_interpolation(x, f(x), v)
-            print(f"at {v}: {r.value!r} (estimate {r.error_estimate!r}); f = {f(v):.4g}")
+            print(f"{nodes} nodes, at {v}: {r.value!r} (estimate {r.error_estimate!r}); f = {f(v):.4g}")
     """)
     grid = np.linspace(-1.0, 1.0, 401)
     runge = lambda t: 1.0 / (1.0 + 25.0 * t * t)  # noqa: E731
