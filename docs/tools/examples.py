@@ -179,7 +179,7 @@ def notes_page() -> Page:
             found = qallib.get_extremum(x, y, min_height_percent=5.0, none_if_not_found=True)
             print(f"lift {lift}: middle mean {middle:.6g} stands {middle - outer:.6g} above the outer ones;"
                   f" 5 % of it is {0.05 * abs(middle):.6g}: {'found' if found else 'not found'};"
-                  f" passes below {(middle - outer) / abs(middle) * 100:.4g} %")
+                  f" accepted for percentages below {(middle - outer) / abs(middle) * 100:.4g}")
     """)
     del space
 
