@@ -214,7 +214,7 @@ def need_ascending(curve, command):
     for i in range(len(x)):
         where = f"{curve.name}:{curve.lines[i]}:{curve.x_column}"
         if math.isnan(x[i]):
-            raise BadInput(f"{where}: x is NaN; {command} needs x ascending")
+            raise BadInput(f"{where}: x is NaN; {command} needs x strictly ascending")
         if i and x[i] <= x[i - 1]:
             verb = "repeats" if x[i] == x[i - 1] else "descends"
             raise BadInput(f"{where}: x {verb} ({curve.x_text[i]} after {curve.x_text[i - 1]}); "
@@ -314,9 +314,9 @@ def mark_extrema(ax, hits, annotate=False):
         if not chosen.any():
             continue
         ax.plot(hits.x[chosen], hits.y[chosen], linestyle="none", marker=marker, color=colour, markersize=6,
-                label=label)
+                label=label, zorder=4)
         ax.plot(hits.vertex_x[chosen], hits.vertex_y[chosen], linestyle="none", marker="x", color="black",
-                markersize=6, label=vertex_label)
+                markersize=6, label=vertex_label, zorder=5)
         vertex_label = None  # one legend entry for the vertices of both kinds
         if annotate:
             ax.margins(y=0.1)
@@ -574,8 +574,9 @@ def run_analyze(args, curve):
         figure, (ax, lower_ax) = new_figure(curve, rows=2)
         ax.fill_between(x, band.lower, band.upper, color="tab:blue", alpha=0.15, linewidth=0,
                         label=f"±{short(args.band)} % band")
-        draw_curve(ax, curve, linewidth=0.7)
-        ax.plot(x, smooth, color="tab:blue", linewidth=1.3, label="smoothed")
+        # The samples as light points under the smoothed line: both stay visible.
+        draw_curve(ax, curve, linestyle="none", marker=".", markersize=2, color="0.6")
+        ax.plot(x, smooth, color="tab:blue", linewidth=1.2, label="smoothed", zorder=3)
         mark_extrema(ax, hits, annotate=True)
         ax.axhline(float(np.float32(level)), color="tab:orange", linestyle="--", linewidth=0.8,
                    label=f"{short(args.percent)} % of maximum")
@@ -592,7 +593,7 @@ def run_analyze(args, curve):
         lower_ax.axhline(0.0, color="0.4", linewidth=0.6)
         for vx in hits.vertex_x:
             lower_ax.axvline(vx, color="0.6", linestyle=":", linewidth=0.8)
-        lower_ax.set_ylabel("slope")
+        lower_ax.set_ylabel("slope (smoothed)")
     return text, figure
 
 

@@ -1,6 +1,7 @@
 """The qal command as installed: golden outputs, the one-line errors and their exit
 statuses, and that a failed run leaves no output file behind."""
 
+import re
 import subprocess
 import sys
 from pathlib import Path
@@ -11,6 +12,7 @@ import pytest
 from qallib.cli import parse_number
 
 GOLDEN = Path(__file__).resolve().parent / "cli_golden"
+ROOT = GOLDEN.parents[2]
 _SCRIPT = Path(sys.executable).parent / "qal"
 QAL = [str(_SCRIPT)] if _SCRIPT.exists() else [sys.executable, "-m", "qallib"]
 
@@ -22,7 +24,9 @@ def qal(*args, stdin=None, cwd=GOLDEN):
 RUNS = [
     # arguments, file fed to standard input, expected output
     (["extrema", "--window", "3", "peak.csv"], None, "extrema.out"),  # header, comments
+    (["extrema", "--window", "3", "--x", "time", "--y", "signal", "-t", ",", "peak.csv"], None, "extrema.out"),
     (["crossings", "-"], "peak.txt", "crossings.out"),  # standard input, blank-separated, no header
+    (["crossings", "--x", "1", "--y", "2", "-t", "space"], "peak.txt", "crossings.out"),
     (["smooth", "--float", "--width", "5", "peak.csv"], None, "smooth_float.out"),
     (["derive", "--method", "line-fit", "--span", "4", "peak.csv"], None, "derive.out"),
     (["resample", "--points", "9", "--method", "segment", "peak.csv"], None, "resample.out"),
@@ -32,7 +36,7 @@ RUNS = [
 ]
 
 
-@pytest.mark.parametrize("args, stdin, expected", RUNS, ids=[run[2] for run in RUNS])
+@pytest.mark.parametrize("args, stdin, expected", RUNS, ids=[" ".join(run[0]) for run in RUNS])
 def test_golden_output(args, stdin, expected):
     result = qal(*args, stdin=(GOLDEN / stdin).read_bytes() if stdin else None)
     assert (result.returncode, result.stderr) == (0, b"")
@@ -51,6 +55,11 @@ FAILURES = [
     (["extrema", "--float", "peak.csv"], 2,
      "qal: extrema: --float: the library has no single-precision routine for this command"),
     (["fit", "-"], 2, "qal: <stdin>: no data"),
+    (["fit", "decimal_comma.csv"], 2, "qal: decimal_comma.csv:2:2: '1,5' is not a number (the decimal point is '.')"),
+    (["fit", "--y", "temp", "peak.csv"], 2, "qal: peak.csv:2: --y temp: no such column in the header (time, signal)"),
+    (["resample", "missing.csv"], 2, "qal: missing.csv: No such file or directory"),
+    (["extrema", "--window", "x", "peak.csv"], 2,
+     "qal: extrema: argument --window: invalid int value: 'x' (see qal extrema --help)"),
     (["crossings", "nan_first.csv"], 1,
      "qal: crossings: QAL_ERR_NOT_FOUND: calc_abs_maximum: the search ran through the data and found nothing"),
     (["crossings", "--level", "1000", "peak.csv"], 1,
@@ -97,3 +106,11 @@ ONE_PLUS_ULP = 1.0 + 2.0**-23
 def test_numbers_as_a_csv_user_writes_them(text, dtype, expected):
     value = parse_number(text, dtype)
     assert value is None if expected is None else (type(value), value) == (type(expected), expected)
+
+
+@pytest.mark.parametrize("document", ["README.md", "docs/cli.md"])
+def test_documents_show_what_the_tool_prints(document):
+    shown = re.findall(r"<!-- (qal [^>]*?) -->\s*```text\n(.*?)```", (ROOT / document).read_text(), re.S)
+    assert shown
+    for command, text in shown:
+        assert qal(*command.split()[1:], cwd=ROOT).stdout.decode() == text, command
