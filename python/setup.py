@@ -92,5 +92,7 @@ setup(
     cmdclass={"build_ext": BuildExt},
     python_requires=">=3.9",
     install_requires=["numpy"],
+    # The command-line tool; its plots need matplotlib, imported only when one is asked for.
+    entry_points={"console_scripts": ["qal = qallib.cli:main"]},
     zip_safe=False,
 )

@@ -4,9 +4,10 @@
 # (which also checks the installed package and the exported symbols); the clang, 64-bit
 # ARM and Windows builds; then the normal build's tests under valgrind. The benchmarks are
 # built too, so that they keep compiling, but not run. Last the Python package is installed
-# into a venv under build/ as a user installs it, and its tests run against that install
-# (they compare it with the C++ library through build/default/tests/qal_oracle), and the
-# reference manual under docs/ is rebuilt to check that the committed pages are current.
+# into a venv under build/ as a user installs it (scripts/install-python-package.sh), and its
+# tests run against that install (they compare it with the C++ library through
+# build/default/tests/qal_oracle, and run the qal command-line tool on golden files); then
+# the reference manual under docs/ is rebuilt to check that the committed pages are current.
 # First installs the Debian packages all this needs, when any is missing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -28,12 +29,8 @@ echo "=== valgrind"
 tools/valgrind.sh
 
 echo "=== python"
+QALLIB_BUILD_JOBS="${CMAKE_BUILD_PARALLEL_LEVEL}" scripts/install-python-package.sh
 venv=build/python-venv
-if [[ ! -x "${venv}/bin/python" ]]; then
-  /usr/bin/python3 -m venv --system-site-packages "${venv}"
-fi
-QALLIB_BUILD_JOBS="${CMAKE_BUILD_PARALLEL_LEVEL}" \
-  "${venv}/bin/pip" install --no-build-isolation --no-index --quiet ./python
 QAL_REQUIRE_ORACLE=1 QAL_ORACLE=build/default/tests/qal_oracle "${venv}/bin/python" -m pytest python/tests
 
 echo "=== docs"
