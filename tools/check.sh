@@ -6,7 +6,8 @@
 # built too, so that they keep compiling, but not run. Last the Python package is installed
 # into a venv under build/ as a user installs it (scripts/install-python-package.sh), and its
 # tests run against that install (they compare it with the C++ library through
-# build/default/tests/qal_oracle, and run the qal command-line tool on golden files).
+# build/default/tests/qal_oracle, and run the qal command-line tool on golden files); then
+# the reference manual under docs/ is rebuilt to check that the committed pages are current.
 # First installs the Debian packages all this needs, when any is missing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -31,4 +32,7 @@ echo "=== python"
 QALLIB_BUILD_JOBS="${CMAKE_BUILD_PARALLEL_LEVEL}" scripts/install-python-package.sh
 venv=build/python-venv
 QAL_REQUIRE_ORACLE=1 QAL_ORACLE=build/default/tests/qal_oracle "${venv}/bin/python" -m pytest python/tests
+
+echo "=== docs"
+"${venv}/bin/python" docs/build.py --check  # the generated pages match the headers and the library
 echo "=== all builds passed"

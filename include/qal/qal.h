@@ -94,8 +94,10 @@ QAL_API double QAL_sqrt(double x);
 QAL_API float QAL_mult(float a, float b);
 // Decimal logarithms of source[0..n-1] by QAL_log10, rounded to float, into a new array
 // stored in *target. mode 1: QAL_ERR_LOG_SEQUENCE at the second descent of the
-// logarithms (a flat step is no descent); mode 2: QAL_ERR_LOG_SEQUENCE unless each
-// logarithm rises above the one before, the first above -30; other modes: no test.
+// logarithms (a flat step is no descent); mode 2: QAL_ERR_LOG_SEQUENCE at the first
+// logarithm not above the one before, the first compared with -30; other modes: no test.
+// Both tests are false for a NaN on either side, so a NaN logarithm and the one after it
+// pass them.
 // n == 0: QAL_OK, nothing allocated or looked at. QAL_ERR_MEMORY for a null source or
 // target, or when the array cannot be allocated (*target is then null; a negative n
 // always fails so). On QAL_OK and on QAL_ERR_LOG_SEQUENCE the array belongs to the
@@ -130,7 +132,7 @@ QAL_API int QAL_Normalize(double* values, int n);
 
 // ---- Guarded arithmetic: ordered search and sort ---------------------------------------
 // Position of `value` in the monotonic x[0..n-1] (ascending exactly when x[n-1] > x[0];
-// equal ends count as descending) by a bisection that moves both bounds past the middle,
+// equal ends, and a NaN at either end, count as descending) by a bisection that moves both bounds past the middle,
 // so *index may be one position off the enclosing interval on either side, n-1 included.
 // An element equal to the value is found only when the bisection lands on it. A NaN
 // value or element ends the search at the middle it meets. QAL_ERR_PARAMETER (null x or
@@ -177,7 +179,10 @@ QAL_API int QAL_LUSolveEqua(const double* const* a, int n, const int* pivots, do
 // A line is (intercept, slope): y = intercept + slope * x. Nothing here allocates.
 // Two-pass least-squares fit about the mean abscissa, in double. No tests at all: n = 1
 // or equal abscissae with an exact mean (always so for two points) give NaN in both
-// outputs, n <= 0 too. Writes intercept, then slope.
+// outputs, n <= 0 too. Writes intercept, then slope. Only x is centred: the rounding of
+// its mean enters the slope times the sum of y, and the intercept is the line at x = 0,
+// so abscissae far from 0 for their spread lose digits, here and in the crossing of
+// QAL_CalcLinY: subtract an offset from x first.
 QAL_API void QAL_LinFit(const double* x, const double* y, int n, double* intercept, double* slope);
 // The same fit with every step a single-precision operation (n converted to float).
 QAL_API void QAL_LinFitFloat(const float* x, const float* y, int n, float* intercept, float* slope);
@@ -228,7 +233,9 @@ QAL_API int QAL_Splines(const double* x, const double* y, int n, double slopeFir
 // The spline of x, y and its table y2 at xValue, on the knot interval found by bisection:
 // a knot opens the interval that begins at it, x[n-1] closes the last one, and a value
 // outside the knots or NaN takes the end interval, extrapolated with QAL_OK. No
-// allocation, about log2(n) comparisons. QAL_ERR_PARAMETER (null pointer, n < 2 or
+// allocation, about log2(n) comparisons per call whatever the order of the calls; for
+// many ascending points QAL_InterpolFloatArrays (option 4) builds the natural table once
+// and walks the intervals in one sweep. QAL_ERR_PARAMETER (null pointer, n < 2 or
 // n > 10000; yOut untouched), QAL_ERR_ZERO_DIVISION with y[lo] in yOut when the interval
 // is not wider than 1e-25 (NaN too).
 QAL_API int QAL_CubicSplineInterpolation(const double* x, const double* y, const double* y2, int n, double xValue,
@@ -250,8 +257,10 @@ inline constexpr int QAL_INTERPOL_LOG_SEGMENT = 14;  // log-log line through the
 // and value. Otherwise *yOut = (y[n-1] + y[0]) * 0.5 first, then xValue is located by
 // QAL_LocateValue (x ascending or descending; ascending at option 4), whose refusal passes
 // on with that midpoint: QAL_ERR_OUT_OF_RANGE at or beyond either end, and for every value
-// when x[0] == x[n-1]. A NaN xValue passes the location. Options 5, 6 and 14 give y[n-1]
-// where the location ends on n - 1. Logarithms go through QAL_log10 (-30 for values below
+// when x[0] == x[n-1]. A NaN xValue passes the location. Options 0, 5, 6 and 14 work
+// from the located position, which may be one off the interval that holds xValue, so
+// their segment or local line need not enclose it; they give y[n-1] where the location
+// ends on n - 1. Logarithms go through QAL_log10 (-30 for values below
 // 1e-25) and the result of options 12 and 14 through QAL_pow10. Equal abscissae
 // under a fit give its NaN or infinity with QAL_OK. y2 is read at option 4 only (null:
 // a natural table is built for this call). QAL_ERR_PARAMETER for a null x, y or yOut or
@@ -288,9 +297,9 @@ QAL_API int QAL_CheckInOutArrays(const float* values, const float* lower, const 
 // *errorEstimate receives the last correction added to *yOut: a measure of the last
 // column's change, not an error bound; it is not written when n = 1 (except by the
 // rational routine's hit below). A vanishing divisor never fails the call: 1e15 stands in
-// and the result comes out very large with QAL_OK. QAL_ERR_PARAMETER (null pointer, n < 1
-// or n > 10000) and QAL_ERR_MEMORY (the two work arrays of n doubles) leave both outputs
-// untouched.
+// and the result comes out very large, or just wrong (see below), with QAL_OK.
+// QAL_ERR_PARAMETER (null pointer, n < 1 or n > 10000) and QAL_ERR_MEMORY (the two work
+// arrays of n doubles) leave both outputs untouched.
 
 // Neville's polynomial of degree n-1. Where a tableau width (x[i] - xValue) -
 // (x[i+m] - xValue) is below 1e-25 in magnitude, the quotient is 1e15 in place of a
@@ -301,6 +310,11 @@ QAL_API int QAL_PolynomialInterpolation(const double* x, const double* y, int n,
 // The diagonal rational function by the Bulirsch-Stoer recurrence. The first point in
 // index order closer than 1e-25 to xValue (strictly) gives its y and an estimate of 0.0,
 // with no tableau. A pole (a zero denominator in the tableau) puts 1e15 in both entries.
+// A denominator is exactly 0.0 whenever two numbers of the tableau agree to the last bit,
+// which smooth data without any pole meet too (1/(1 + 25 x^2) at 4 or 9 equally spaced
+// nodes on [-1, 1], at some abscissae): the result is then about 1e15, or wrong without
+// being large when a later step takes the 1e15 back out (even 0.0 with an estimate of
+// 0.0), always with QAL_OK.
 QAL_API int QAL_RationialInterpolation(const double* x, const double* y, int n, double xValue, double* yOut,
                                        double* errorEstimate);
 
@@ -472,8 +486,12 @@ QAL_API int QAL_Kruemmung2(const float* x, const float* y, float* result, int n,
 
 // ---- Curve analysis: extremum search ---------------------------------------------------
 // Judges the run x, y[0..n-1] for one maximum or minimum: parabola through the means of
-// its three thirds, vertex by Newton steps, accepted by the sign test and by the middle
-// mean standing out by minHeightPercent of |middle mean|. Writes 0.0 to *yOut and *xOut
+// its three thirds, vertex by Newton steps, accepted when the slopes at the outer means
+// lie on either side of 1e-6, all three means have one sign (a run whose curve crosses
+// zero, or a mean of exactly 0, is never accepted: lift the baseline), and the middle
+// mean stands out from an outer one by minHeightPercent of |middle mean| (not of the
+// peak's height). The vertex is the parabola's, not a refinement of the extreme sample:
+// it moves with the run's width and position. Writes 0.0 to *yOut and *xOut
 // first; on acceptance the vertex (useVertex != 0) or the first extreme sample, and the
 // kind to *kindOut. No pointer is tested. QAL_ERR_PARAMETER (n not a positive multiple
 // of 3), QAL_ERR_ZERO_DIVISION (two mean abscissae closer than 1e-25), QAL_ERR_NOT_FOUND
@@ -521,9 +539,12 @@ QAL_API int QAL_GetAutoExtremum(const double* x, const double* y, int n, double*
 // narrowed to float, with near/far the ends where the scan starts/finishes (both 0 unless
 // direction is 1 or 2): kind 2 far * 0.01f * percent, 3 threshold + near, 4
 // |y[n-1] - y[0]| * 0.01f * percent + near, 5 near * 0.01f * percent, other: threshold.
+// The percentages are of end samples, never of the curve's maximum: for a share of the
+// maximum, compute that level and pass it as an absolute threshold.
 // A pair hits when 0 >= (a - L)(b - L). Forward skips the last pair; backward examines
 // all and reports the last sample for a hit in the last pair. A hit gives QAL_OK and the
-// first sample of the pair met, or (crossing x, L). QAL_ERR_NOT_FOUND otherwise, with the
+// sample of the pair that the scan meets first (the upper one when scanning backward), or
+// (crossing x, L). QAL_ERR_NOT_FOUND otherwise, with the
 // far-end sample when the curve ends short of L, on it, or level with its start, else
 // the start sample.
 QAL_API int QAL_FindX_at_YThreshold(const double* x, const double* y, int n, int thresholdKind, int direction,
@@ -571,7 +592,8 @@ QAL_API double QAL_Trapez(double (*function)(double), double lowerLimit, double 
 // step toward the other end on each of at most 40 passes; returns the last point with
 // f <= 0 once accuracy > |step| or f is exactly 0 at a middle. 35.0 for a null function;
 // 1e25 when f(x1) * f(x2) is not negative (an end exactly on a root too) or after 40
-// passes. A NaN from f counts as positive.
+// passes: the step is then |x2 - x1| / 2^40, so a bracket wider than about 1.1e12 times
+// accuracy fails unless a middle hits an exact zero. A NaN from f counts as positive.
 QAL_API double QAL_RootBisection(double (*function)(double), double x1, double x2, double accuracy);
 
 #endif  // QAL_QAL_H
