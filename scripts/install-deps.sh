@@ -2,8 +2,9 @@
 # Installs the Debian packages that building and testing QalLib need: the C++ toolchain,
 # GoogleTest and Google Benchmark for the library, and Debian's Python 3 with NumPy,
 # pybind11, pytest, venv, Dask and matplotlib for the Python package and its command-line
-# tool. Idempotent: when every package is already installed it only asks dpkg and returns,
-# without touching the network.
+# tool. With --test also what only the test command needs: clang 14 with its libFuzzer
+# runtime for the fuzz targets, and valgrind. Idempotent: when every package is already
+# installed it only asks dpkg and returns, without touching the network.
 # Runs as root, or through sudo otherwise.
 set -euo pipefail
 
@@ -13,6 +14,9 @@ packages=(
   python3-numpy pybind11-dev python3-pybind11 python3-pytest
   python3-dask python3-matplotlib
 )
+if [[ "${1:-}" == "--test" ]]; then
+  packages+=(clang-14 libclang-rt-14-dev valgrind)
+fi
 
 missing=()
 for package in "${packages[@]}"; do

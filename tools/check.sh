@@ -11,14 +11,9 @@
 # First installs the Debian packages all this needs, when any is missing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/install-deps.sh
+scripts/install-deps.sh --test  # the packages, clang 14 with libFuzzer and valgrind among them
 export CMAKE_BUILD_PARALLEL_LEVEL="${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}"
 export CTEST_PARALLEL_LEVEL="${CTEST_PARALLEL_LEVEL:-$(nproc)}"
-# The fuzz targets need clang 14 with its libFuzzer runtime (Debian's packages).
-if ! command -v clang++-14 >/dev/null || ! ls /usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1; then
-  apt-get update -qq && apt-get install -y -qq clang-14 libclang-rt-14-dev >/dev/null
-fi
-command -v valgrind >/dev/null || { apt-get update -qq && apt-get install -y -qq valgrind >/dev/null; }
 for workflow in test asan tsan fuzz shared bench; do
   echo "=== ${workflow}"
   cmake --workflow --preset "${workflow}"

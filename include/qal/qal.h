@@ -538,7 +538,8 @@ QAL_API int QAL_GetAutoExtremum(const double* x, const double* y, int n, double*
 // Where the curve first reaches the level L. L is float arithmetic on the samples
 // narrowed to float, with near/far the ends where the scan starts/finishes (both 0 unless
 // direction is 1 or 2): kind 2 far * 0.01f * percent, 3 threshold + near, 4
-// |y[n-1] - y[0]| * 0.01f * percent + near, 5 near * 0.01f * percent, other: threshold.
+// rise * 0.01f * percent + near, with the rise |y[n-1] - y[0]| taken in double and
+// narrowed once (whatever the direction), 5 near * 0.01f * percent, other: threshold.
 // The percentages are of end samples, never of the curve's maximum: for a share of the
 // maximum, compute that level and pass it as an absolute threshold.
 // A pair hits when 0 >= (a - L)(b - L). Forward skips the last pair; backward examines

@@ -199,8 +199,9 @@ points.)");
 
 L is float32 arithmetic on the samples narrowed to float32 (threshold and percent are float32
 in C++), with near/far the ends where the scan starts/finishes (both 0 unless direction is 1
-or 2): threshold_kind 2 far * 0.01f * percent, 3 threshold + near, 4 |y[-1] - y[0]| * 0.01f *
-percent + near, 5 near * 0.01f * percent, any other (the default 1) threshold itself.
+or 2): threshold_kind 2 far * 0.01f * percent, 3 threshold + near, 4 rise * 0.01f * percent +
+near, the rise |y[-1] - y[0]| taken in float64 and rounded to float32 once (whatever the
+direction), 5 near * 0.01f * percent, any other (the default 1) threshold itself.
 direction 2 scans from the last sample back, any other value (default 1) forward. A pair of
 samples hits when 0 >= (a - L)(b - L); forward skips the last pair, backward examines all and
 reports the last sample for a hit in the last pair. result_mode 2 (the default) reports the
