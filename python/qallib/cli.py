@@ -418,33 +418,35 @@ def mark_extrema(ax, hits, annotate=False):
                 markeredgecolor="white", markeredgewidth=0.6, label=label, zorder=6)
         vx, vy = hits.vertex_x[chosen], hits.vertex_y[chosen]
         if annotate:
-            # The highest peaks and the lowest valleys first.
-            order = np.argsort(-vy if kind == ExtremumKind.MAX else vy, kind="stable")[:LABELS_MAX]
-            thinned |= len(vx) > LABELS_MAX
-            labels.append((kind, colour, sorted(zip(vx[order].tolist(), vy[order].tolist()))))
-    vertices = hits.vertex_x.size > 0
-    if vertices:
+            # The most prominent first: the highest peaks, the lowest valleys.
+            order = np.argsort(-vy if kind == ExtremumKind.MAX else vy, kind="stable")
+            labels.append((kind, colour, [(float(vx[i]), float(vy[i])) for i in order]))
+    # Each label takes the lowest of three rows (stacked away from the curve) that no label
+    # within a tenth of the plot's width holds; one that finds none, or comes after the
+    # LABELS_MAX most prominent, is left out. The y range then grows by what the rows need,
+    # so that no label leaves the axes.
+    width = ax.dataLim.width or 1.0
+    reach = {ExtremumKind.MAX: 0, ExtremumKind.MIN: 0}
+    for kind, colour, points in labels:
+        placed = []  # (x, row)
+        for vx, vy in points:
+            taken = {row for px, row in placed if abs(vx - px) / width < 0.1}
+            free = [row for row in range(3) if row not in taken]
+            if not free or len(placed) == LABELS_MAX:
+                thinned = True
+                continue
+            offset = 7 + 9 * free[0] if kind == ExtremumKind.MAX else -14 - 9 * free[0]
+            ax.annotate(short(vx), (vx, vy), textcoords="offset points", xytext=(0, offset), ha="center",
+                        fontsize=7, color=colour, annotation_clip=False)
+            reach[kind] = max(reach[kind], abs(offset) + 8)
+            placed.append((vx, free[0]))
+    if hits.vertex_x.size:
         text = "vertex" if not annotate else (
-            f"vertex (label: its x; the {LABELS_MAX} most prominent of each kind)" if thinned else
-            "vertex (label: its x)")
+            "vertex (label: its x, at the most prominent)" if thinned else "vertex (label: its x)")
         ax.plot(hits.vertex_x, hits.vertex_y, linestyle="none", marker="x", color="black", markersize=4,
                 markeredgewidth=1.0, label=text, zorder=5)
     if not labels:
         return
-    # Labels closer than a tenth of the plot's width are stacked, at most three deep; the
-    # y range grows by what the stacks need, so that no label leaves the axes.
-    width = ax.dataLim.width or 1.0
-    reach = {ExtremumKind.MAX: 0, ExtremumKind.MIN: 0}
-    for kind, colour, points in labels:
-        sign = 1 if kind == ExtremumKind.MAX else -1
-        placed = []
-        for vx, vy in points:
-            placed = [p for p in placed if (vx - p) / width < 0.1][-2:]
-            offset = 7 + 9 * len(placed) if sign > 0 else -14 - 9 * len(placed)
-            ax.annotate(short(vx), (vx, vy), textcoords="offset points", xytext=(0, offset), ha="center",
-                        fontsize=7, color=colour, annotation_clip=False)
-            reach[kind] = max(reach[kind], abs(offset) + 8)
-            placed.append(vx)
     figure = ax.figure
     height = ax.get_position().height * figure.get_figheight() * 72 * 0.85  # points, after the layout
     low, high = ax.dataLim.y0, ax.dataLim.y1
