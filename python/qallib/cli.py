@@ -278,6 +278,13 @@ def _temporary_beside(target):
     return os.fdopen(handle, "wb"), temporary
 
 
+def _resolved(target):
+    """The file behind the symbolic links of target. /dev/stdout on a pipe leads to a name
+    that is no path (pipe:[...]): then the target itself, which opens all the same."""
+    real = os.path.realpath(target)
+    return target if not os.path.lexists(real) and os.path.exists(target) else real
+
+
 def _replaceable(target):
     """A target that a renamed file may replace: a regular file, or nothing yet. A device
     (/dev/stdout), a FIFO or a socket must be written into, not replaced."""
@@ -303,7 +310,7 @@ def write_outputs(args, text, figure):
     try:
         direct = []
         for target, write in targets:
-            real = os.path.realpath(target)
+            real = _resolved(target)
             if not _replaceable(real):
                 direct.append((target, real, write))
                 continue
@@ -396,7 +403,11 @@ PLOT_METADATA = {"png": {"Software": None}, "svg": {"Creator": None, "Date": Non
 
 
 def plot_format(target):
-    return os.path.splitext(target)[1][1:].lower()
+    """The format named by the suffix; a device or FIFO without one (/dev/stdout) takes PNG."""
+    suffix = os.path.splitext(target)[1][1:].lower()
+    if not suffix and not _replaceable(_resolved(target)):
+        return "png"
+    return suffix
 
 
 LABELS_MAX = 8  # vertex labels per kind; beyond, only the most prominent extrema get one
@@ -801,7 +812,7 @@ def _check_options(args):
     if args.plot is not None and plot_format(args.plot) not in PLOT_METADATA:
         bad("--plot", args.plot, f"the suffix names no format of the plot ({', '.join(PLOT_METADATA)})")
     if args.plot is not None and args.output is not None and (
-            os.path.realpath(args.plot) == os.path.realpath(args.output)):
+            _resolved(args.plot) == _resolved(args.output)):
         bad("--plot", args.plot, "the same file as -o")
     if args.command == "analyze" and args.band < 0:
         bad("--band", args.band, "must not be negative")
