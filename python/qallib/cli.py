@@ -946,16 +946,16 @@ Exit status: 0 done, 1 a status from the library, 2 bad input or usage.""")
     grid.add_argument("--points", type=int, help="number of points, 2 or more (default: as many as the samples)")
     grid.add_argument("--step", type=float, help="distance of the points, from the first sample on")
     sub.add_argument("--method", choices=tuple(RESAMPLERS), default="spline",
-                     help="spline: natural cubic spline (at most 10000 samples); segment: the line through the sample that a "
-                          "bisection locates (the one before x, or one off) and the next; located: that "
+                     help="spline: natural cubic spline (at most 10000 samples); segment: the line through the "
+                          "sample that a bisection locates (the one before x, or one off) and the next; located: that "
                           "sample's y; local-line: least-squares line through the 6, 4 or 2 samples there; "
                           "line: one least-squares line through all; log-line, log-segment: those in log-log "
                           "coordinates (default: spline)")
 
     sub = command("fit", "the least-squares line y = intercept + slope x",
                   "Columns: intercept, slope. Needs 2 samples; equal x everywhere gives nan.",
-                  "qal fit --plot line.png curve.csv", plot_help="draw the samples and the line into this PNG file (.pdf, .svg: in that "
-                                                        "format)")
+                  "qal fit --plot line.png curve.csv",
+                  plot_help="draw the samples and the line into this PNG file (.pdf, .svg: in that format)")
     sub.add_argument("--method", choices=("lin-fit", "regression"), default="lin-fit",
                      help="two passes about the mean x, or one pass over raw sums (default: lin-fit)")
 
@@ -989,8 +989,8 @@ Exit status: 0 done, 1 a status from the library, 2 bad input or usage.""")
     sub.add_argument("--window", type=int, default=30, help="extremum window, as for extrema (default: 30)")
     sub.add_argument("--min-height", type=float, default=5.0, metavar="PERCENT",
                      help="extremum height, as for extrema (default: 5)")
-    sub.add_argument("--percent", type=float, default=50.0, help="level, %% of the smoothed maximum, above 0 and at most 100 "
-                                                                   "(default: 50)")
+    sub.add_argument("--percent", type=float, default=50.0,
+                     help="level, %% of the smoothed maximum, above 0 and at most 100 (default: 50)")
     sub.add_argument("--band", type=float, default=5.0, metavar="PERCENT",
                      help="half width of the band around the smoothed curve, %% of it (default: 5)")
     return parser
