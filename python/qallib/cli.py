@@ -9,10 +9,12 @@ error naming the file, line and column). Run `qal COMMAND --help` for the detail
 """
 
 import argparse
+import errno
 import math
 import os
 import re
 import signal
+import stat
 import sys
 import tempfile
 import textwrap
@@ -96,19 +98,24 @@ def short(value):
 class Curve:
     """Two columns of a CSV file, with where every value came from."""
 
-    def __init__(self, name, x_name, y_name, x, y, x_text, lines, x_column):
+    def __init__(self, name, x_name, y_name, x, y, texts, lines, columns):
         self.name, self.x_name, self.y_name = name, x_name, y_name
         self.x, self.y = x, y
-        self.x_text, self.lines, self.x_column = x_text, lines, x_column
+        (self.x_text, self.y_text), self.lines, (self.x_column, self.y_column) = texts, lines, columns
 
     def __len__(self):
         return len(self.x)
 
 
+def _unquote(cell):
+    """A cell without one pair of surrounding double quotes, as spreadsheets write text."""
+    return cell[1:-1].strip() if len(cell) >= 2 and cell[0] == cell[-1] == '"' else cell
+
+
 def _splitter(delimiter):
     if delimiter is None:
-        return lambda line: line.split()
-    return lambda line: [cell.strip() for cell in line.split(delimiter)]
+        return lambda line: [_unquote(cell) for cell in line.split()]
+    return lambda line: [_unquote(cell.strip()) for cell in line.split(delimiter)]
 
 
 def _detect_delimiter(line):
@@ -152,11 +159,11 @@ def _column(choice, option, cells, is_header, name, line):
             raise BadInput(f"{name}:{line}: {option} {choice}: no such column ({len(cells)} cells)")
         return index - 1
     if not is_header:
-        raise BadInput(f"{name}:{line}: {option} {choice}: no header line to find the name in")
-    names = [cell.strip('"') for cell in cells]
-    if choice not in names:
-        raise BadInput(f"{name}:{line}: {option} {choice}: no such column in the header ({', '.join(names)})")
-    return names.index(choice)
+        raise BadInput(f"{name}:{line}: {option} {choice}: no header line (the first line holds numbers only), "
+                       f"so no column has a name")
+    if choice not in cells:
+        raise BadInput(f"{name}:{line}: {option} {choice}: no such column in the header ({', '.join(cells)})")
+    return cells.index(choice)
 
 
 def read_curve(path, x_choice, y_choice, delimiter, dtype):
@@ -165,7 +172,7 @@ def read_curve(path, x_choice, y_choice, delimiter, dtype):
     split = None
     columns = cells_expected = None
     x_name, y_name = "x", "y"
-    xs, ys, x_text, lines = [], [], [], []
+    xs, ys, x_text, y_text, lines = [], [], [], [], []
     for number, raw in enumerate(text.splitlines(), start=1):
         line = raw.split("#", 1)[0]
         if not line.strip():
@@ -174,18 +181,21 @@ def read_curve(path, x_choice, y_choice, delimiter, dtype):
             split = _splitter(_detect_delimiter(line) if delimiter is False else delimiter)
         cells = split(line)
         if columns is None:
-            # A header when a column is asked for by name, or when a chosen cell is no number.
+            # A header when a chosen cell is no number; a column asked for by name makes every
+            # cell count, as the name may be any of them.
             named = not (x_choice.isdigit() and y_choice.isdigit())
-            probe = [cells[int(s) - 1] for s in (x_choice, y_choice) if s.isdigit() and 1 <= int(s) <= len(cells)]
-            is_header = named or any(parse_number(cell, np.float64) is None for cell in probe)
+            probe = cells if named else [cells[int(s) - 1] for s in (x_choice, y_choice) if 1 <= int(s) <= len(cells)]
+            is_header = any(parse_number(cell, np.float64) is None for cell in probe)
             columns = (_column(x_choice, "--x", cells, is_header, name, number),
                        _column(y_choice, "--y", cells, is_header, name, number))
             cells_expected = len(cells)
             if is_header:
-                x_name, y_name = (cells[c].strip('"') or label for c, label in zip(columns, ("x", "y")))
+                x_name, y_name = (cells[c] or label for c, label in zip(columns, ("x", "y")))
                 continue
         if len(cells) != cells_expected:
-            raise BadInput(f"{name}:{number}: ragged row: {len(cells)} cells, expected {cells_expected}")
+            # The column of the first cell too many, or of the first one missing.
+            column = min(len(cells), cells_expected) + 1
+            raise BadInput(f"{name}:{number}:{column}: ragged row: {len(cells)} cells, expected {cells_expected}")
         values = []
         for column in columns:
             value = parse_number(cells[column], dtype)
@@ -196,16 +206,43 @@ def read_curve(path, x_choice, y_choice, delimiter, dtype):
         xs.append(values[0])
         ys.append(values[1])
         x_text.append(cells[columns[0]])
+        y_text.append(cells[columns[1]])
         lines.append(number)
     if not xs:
         raise BadInput(f"{name}: no data")
-    return Curve(name, x_name, y_name, np.array(xs, dtype=dtype), np.array(ys, dtype=dtype), x_text, lines,
-                 columns[0] + 1)
+    return Curve(name, x_name, y_name, np.array(xs, dtype=dtype), np.array(ys, dtype=dtype), (x_text, y_text),
+                 lines, (columns[0] + 1, columns[1] + 1))
 
 
 def need_points(curve, command, least):
     if len(curve) < least:
         raise BadInput(f"{curve.name}: too few points: {len(curve)}, {command} needs at least {least}")
+
+
+def need_finite_y(curve, command):
+    """The searches compare samples with levels and means, which a NaN or an infinity
+    would spoil (a NaN first sample even ends the search for the maximum)."""
+    bad = np.flatnonzero(~np.isfinite(curve.y))
+    if len(bad):
+        i = int(bad[0])
+        raise BadInput(f"{curve.name}:{curve.lines[i]}:{curve.y_column}: {curve.y_text[i]!r} in y: "
+                       f"{command} needs finite samples")
+
+
+def need_spline_size(curve, command):
+    if len(curve) > SPLINE_MAX:
+        raise BadInput(f"{curve.name}: too many points for the spline: {len(curve)}, at most {SPLINE_MAX} "
+                       f"({command})")
+
+
+def float_level(curve, level):
+    """The level as the library takes it, a float32; one beyond the float range would be
+    an infinity there."""
+    narrowed = np.float32(level)
+    if math.isfinite(level) and not np.isfinite(narrowed):
+        raise BadInput(f"{curve.name}: the level {short(level)} is beyond the float range "
+                       f"(the library takes levels as float, at most {short(np.finfo(np.float32).max)})")
+    return narrowed
 
 
 def need_ascending(curve, command):
@@ -228,8 +265,12 @@ def csv_text(header, rows):
                                            for row in rows]) + "\n"
 
 
+class Quiet(Exception):
+    """Standard output closed by its reader (qal ... | head): stop without a word."""
+
+
 def _temporary_beside(target):
-    folder = os.path.dirname(os.path.abspath(target))
+    folder = os.path.dirname(target)
     handle, temporary = tempfile.mkstemp(prefix=".qal-", suffix=".tmp", dir=folder)
     mask = os.umask(0)
     os.umask(mask)
@@ -237,25 +278,52 @@ def _temporary_beside(target):
     return os.fdopen(handle, "wb"), temporary
 
 
+def _resolved(target):
+    """The file behind the symbolic links of target. /dev/stdout on a pipe leads to a name
+    that is no path (pipe:[...]): then the target itself, which opens all the same."""
+    real = os.path.realpath(target)
+    return target if not os.path.lexists(real) and os.path.exists(target) else real
+
+
+def _replaceable(target):
+    """A target that a renamed file may replace: a regular file, or nothing yet. A device
+    (/dev/stdout), a FIFO or a socket must be written into, not replaced."""
+    try:
+        return stat.S_ISREG(os.stat(target).st_mode)
+    except FileNotFoundError:
+        return True
+
+
 def write_outputs(args, text, figure):
     """The plot and the text, each first into a temporary file in its target's folder and
     renamed over the target only when both are complete: an error leaves nothing behind,
-    and an existing target as it was."""
+    and an existing target as it was. A symbolic link is written through, the temporary
+    file beside the file it names; a target that is no regular file is written directly,
+    after the temporary files, so that a failure there still replaces nothing."""
     targets = []
     if args.plot is not None:
-        targets.append((args.plot, lambda handle: save_figure(figure, handle)))
+        targets.append((args.plot, lambda handle: save_figure(figure, handle, args.plot)))
     if args.output is not None:
         targets.append((args.output, lambda handle: handle.write(text.encode())))
     staged = []
     target = None
     try:
+        direct = []
         for target, write in targets:
-            handle, temporary = _temporary_beside(target)
-            staged.append((temporary, target))
+            real = _resolved(target)
+            if not _replaceable(real):
+                direct.append((target, real, write))
+                continue
+            handle, temporary = _temporary_beside(real)
+            staged.append((temporary, real))
             with handle:
                 write(handle)
-        for temporary, target in staged:
-            os.replace(temporary, target)
+        for target, real, write in direct:
+            with open(real, "wb") as handle:
+                write(handle)
+        for temporary, real in staged:
+            target = real
+            os.replace(temporary, real)
         staged = []
     except OSError as error:
         raise BadInput(f"{target}: {error.strerror or error}") from None
@@ -266,8 +334,29 @@ def write_outputs(args, text, figure):
             except OSError:
                 pass
     if args.output is None:
-        sys.stdout.write(text)
+        write_stdout(text)
+
+
+def write_stdout(text):
+    """The text on standard output, unbuffered, so that a failure shows here and not as a
+    traceback when Python flushes at exit."""
+    data = text.encode()
+    try:
+        if sys.stdout is None:  # started with standard output closed (>&-)
+            raise OSError(errno.EBADF, os.strerror(errno.EBADF))
         sys.stdout.flush()
+        try:
+            descriptor = sys.stdout.fileno()
+        except (AttributeError, OSError, ValueError):  # a stream in memory, as a test may set
+            sys.stdout.write(text)
+            return
+        view = memoryview(data)
+        while view:
+            view = view[os.write(descriptor, view):]
+    except BrokenPipeError:
+        raise Quiet() from None
+    except OSError as error:
+        raise BadInput(f"<stdout>: {error.strerror or error}") from None
 
 
 # ---- Plots --------------------------------------------------------------------------------
@@ -275,6 +364,7 @@ def write_outputs(args, text, figure):
 def new_figure(curve, rows=1):
     import matplotlib
     matplotlib.use("Agg")
+    matplotlib.rcParams["svg.hashsalt"] = "qal"  # ids in an SVG from the figure, not from chance
     from matplotlib import pyplot
 
     if rows == 1:
@@ -297,38 +387,85 @@ def draw_curve(ax, curve, **style):
     ax.plot(curve.x, curve.y, **options)
 
 
-def save_figure(figure, handle):
+def save_figure(figure, handle, target):
     for ax in figure.axes:
         if ax.get_legend() is None and ax.get_legend_handles_labels()[0]:
             ax.legend(loc="best", fontsize=8, framealpha=0.85)
     figure.tight_layout()
-    # No Software entry, so that the bytes of the file depend on the figure alone.
-    figure.savefig(handle, format="png", dpi=100, metadata={"Software": None})
+    # No software entry or date, so that the bytes of the file depend on the figure alone.
+    kind = plot_format(target)
+    figure.savefig(handle, format=kind, dpi=100, metadata=PLOT_METADATA[kind])
+
+
+# What the plot's suffix may be, and the entries that would make equal plots differ.
+PLOT_METADATA = {"png": {"Software": None}, "svg": {"Creator": None, "Date": None},
+                 "pdf": {"Creator": None, "Producer": None, "CreationDate": None}}
+
+
+def plot_format(target):
+    """The format named by the suffix; a device or FIFO without one (/dev/stdout) takes PNG."""
+    suffix = os.path.splitext(target)[1][1:].lower()
+    if not suffix and not _replaceable(_resolved(target)):
+        return "png"
+    return suffix
+
+
+LABELS_MAX = 8  # vertex labels per kind; beyond, only the most prominent extrema get one
 
 
 def mark_extrema(ax, hits, annotate=False):
-    vertex_label = "vertex"
-    for kind, colour, marker, offset, label in ((ExtremumKind.MAX, "tab:red", "^", 7, "peak"),
-                                                (ExtremumKind.MIN, "tab:blue", "v", -14, "valley")):
+    """Peaks and valleys at their samples, crosses at the vertices (small, under the
+    triangles, so that both show where they nearly coincide) and, with annotate, the vertex
+    x beside the most prominent ones, stacked where they would overlap and kept inside the
+    axes."""
+    thinned = False
+    labels = []
+    for kind, colour, marker, label in ((ExtremumKind.MAX, "tab:red", "^", "peak"),
+                                        (ExtremumKind.MIN, "tab:blue", "v", "valley")):
         chosen = hits.kind == kind
         if not chosen.any():
             continue
-        ax.plot(hits.x[chosen], hits.y[chosen], linestyle="none", marker=marker, color=colour, markersize=6,
-                label=label, zorder=4)
-        ax.plot(hits.vertex_x[chosen], hits.vertex_y[chosen], linestyle="none", marker="x", color="black",
-                markersize=6, label=vertex_label, zorder=5)
-        vertex_label = None  # one legend entry for the vertices of both kinds
+        ax.plot(hits.x[chosen], hits.y[chosen], linestyle="none", marker=marker, color=colour, markersize=7,
+                markeredgecolor="white", markeredgewidth=0.6, label=label, zorder=6)
+        vx, vy = hits.vertex_x[chosen], hits.vertex_y[chosen]
         if annotate:
-            ax.margins(y=0.1)
-            # Labels closer than a tenth of the plot's width are stacked, not overlaid.
-            width = ax.dataLim.width or 1.0
-            placed = []
-            for vx, vy in sorted(zip(hits.vertex_x[chosen], hits.vertex_y[chosen])):
-                placed = [p for p in placed if (vx - p) / width < 0.1]
-                ax.annotate(short(vx), (vx, vy), textcoords="offset points",
-                            xytext=(0, offset + math.copysign(9 * len(placed), offset)), ha="center",
-                            fontsize=7, color=colour)
-                placed.append(vx)
+            # The most prominent first: the highest peaks, the lowest valleys.
+            order = np.argsort(-vy if kind == ExtremumKind.MAX else vy, kind="stable")
+            labels.append((kind, colour, [(float(vx[i]), float(vy[i])) for i in order]))
+    # Each label takes the lowest of three rows (stacked away from the curve) that no label
+    # within a tenth of the plot's width holds; one that finds none, or comes after the
+    # LABELS_MAX most prominent, is left out. The y range then grows by what the rows need,
+    # so that no label leaves the axes.
+    width = ax.dataLim.width or 1.0
+    reach = {ExtremumKind.MAX: 0, ExtremumKind.MIN: 0}
+    for kind, colour, points in labels:
+        placed = []  # (x, row)
+        for vx, vy in points:
+            taken = {row for px, row in placed if abs(vx - px) / width < 0.1}
+            free = [row for row in range(3) if row not in taken]
+            if not free or len(placed) == LABELS_MAX:
+                thinned = True
+                continue
+            offset = 7 + 9 * free[0] if kind == ExtremumKind.MAX else -14 - 9 * free[0]
+            ax.annotate(short(vx), (vx, vy), textcoords="offset points", xytext=(0, offset), ha="center",
+                        fontsize=7, color=colour, annotation_clip=False)
+            reach[kind] = max(reach[kind], abs(offset) + 8)
+            placed.append((vx, free[0]))
+    if hits.vertex_x.size:
+        text = "vertex" if not annotate else (
+            "vertex (label: its x, at the most prominent)" if thinned else "vertex (label: its x)")
+        ax.plot(hits.vertex_x, hits.vertex_y, linestyle="none", marker="x", color="black", markersize=4,
+                markeredgewidth=1.0, label=text, zorder=5)
+    if not labels:
+        return
+    figure = ax.figure
+    height = ax.get_position().height * figure.get_figheight() * 72 * 0.85  # points, after the layout
+    low, high = ax.dataLim.y0, ax.dataLim.y1
+    span = (high - low) or 1.0
+    above = min(reach[ExtremumKind.MAX] / height, 0.4)
+    below = min(reach[ExtremumKind.MIN] / height, 0.4)
+    scale = span / (1.0 - above - below)
+    ax.set_ylim(low - below * scale - 0.03 * span, high + above * scale + 0.03 * span)
 
 
 # ---- Commands -----------------------------------------------------------------------------
@@ -346,6 +483,7 @@ def _extrema_rows(hits, which):
 def run_extrema(args, curve):
     need_points(curve, "extrema", 3)
     need_ascending(curve, "extrema")
+    need_finite_y(curve, "extrema")
     hits = qallib.find_extrema(curve.x, curve.y, args.window, args.min_height)
     rows = _extrema_rows(hits, args.kind)
     if not rows:
@@ -377,7 +515,9 @@ def _crossings(x, y, level):
 def run_crossings(args, curve):
     need_points(curve, "crossings", 3)
     need_ascending(curve, "crossings")
+    need_finite_y(curve, "crossings")
     level, described = _level(args, curve)
+    float_level(curve, level)
     hits, ends = _crossings(curve.x, curve.y, level)
     if not len(hits.index) and not ends:
         raise NoResult("QAL_ERR_NOT_FOUND", f"the curve does not reach the {described}")
@@ -417,13 +557,17 @@ def run_derive(args, curve):
     least = 4 if args.method == "line-fit" and args.order == 2 else 2
     need_points(curve, "derive" + (" --method line-fit --order 2" if least == 4 else ""), least)
     need_ascending(curve, "derive")
+    if args.method == "spline":
+        need_spline_size(curve, "derive --method spline")
     deriv = qallib.deriv_array(curve.x, curve.y, DERIVATIVES[args.method], args.order, args.span)
     name = f"d{curve.y_name}/d{curve.x_name}" if args.order == 1 else f"d2{curve.y_name}/d{curve.x_name}2"
     figure = None
     if args.plot:
         figure, (top, bottom) = new_figure(curve, rows=2)
-        draw_curve(top, curve, color="tab:blue", label=None)
-        bottom.plot(curve.x, deriv, color="tab:green", linewidth=1.0)
+        draw_curve(top, curve, color="tab:blue")
+        method = args.method + (f", span {args.span}" if args.method == "line-fit" else "")
+        bottom.plot(curve.x, deriv, color="tab:green", linewidth=1.0,
+                    label=("first" if args.order == 1 else "second") + f" derivative ({method})")
         bottom.axhline(0.0, color="0.4", linewidth=0.6)
         bottom.set_ylabel(name)
     return csv_text([curve.x_name, name], zip(_values(curve.x), _values(deriv))), figure
@@ -445,6 +589,8 @@ def _grid(args, curve):
 def run_resample(args, curve):
     need_points(curve, "resample", 2)
     need_ascending(curve, "resample")
+    if args.method == "spline":
+        need_spline_size(curve, "resample --method spline")
     option = RESAMPLERS[args.method]
     grid = _grid(args, curve)
     # The library resamples strictly inside the data and refuses the end abscissae
@@ -461,9 +607,10 @@ def run_resample(args, curve):
     figure = None
     if args.plot:
         figure, (ax,) = new_figure(curve)
+        ax.plot(curve.x, curve.y, linestyle="none", marker="o", markersize=3, color="0.6", label="samples",
+                zorder=2)
         ax.plot(grid, result, color="tab:blue", linewidth=1.0, marker="." if len(grid) <= 200 else None,
-                markersize=3, label=f"{args.method}, {len(grid)} points")
-        ax.plot(curve.x, curve.y, linestyle="none", marker="o", markersize=3, color="0.4", label="samples")
+                markersize=4, label=f"{args.method}, {len(grid)} points", zorder=3)
     return csv_text([curve.x_name, curve.y_name], zip(_values(grid), _values(result))), figure
 
 
@@ -504,6 +651,7 @@ def integrate(curve, lower, upper, tolerance, max_stage):
 def run_integrate(args, curve):
     need_points(curve, "integrate", 2)
     need_ascending(curve, "integrate")
+    need_spline_size(curve, "integrate")
     first, last = float(curve.x[0]), float(curve.x[-1])
     lower = first if args.lower is None else args.lower
     upper = last if args.upper is None else args.upper
@@ -527,14 +675,25 @@ def run_integrate(args, curve):
 def run_analyze(args, curve):
     need_points(curve, "analyze", 3)
     need_ascending(curve, "analyze")
+    need_finite_y(curve, "analyze")
     x, y = curve.x, curve.y
     smooth = qallib.filter_array(y, FilterKind.SAVITZKY_GOLAY, args.width, args.degree)
     raw_max, raw_min = qallib.calc_abs_maximum(x, y), qallib.calc_abs_minimum(x, y)
     top, bottom = qallib.calc_abs_maximum(x, smooth), qallib.calc_abs_minimum(x, smooth)
     hits = qallib.find_extrema(x, smooth, args.window, args.min_height)
-    table = qallib.splines(x, smooth)
-    slope = qallib.deriv_array(x, smooth, DerivMethod.SPLINE, 1)
     level = top.y * args.percent / 100.0
+    float_level(curve, level)
+    # The spline takes at most SPLINE_MAX samples; beyond, least-squares lines give the slope,
+    # read at the extremum's sample as they give it at the samples only.
+    by_spline = len(x) <= SPLINE_MAX
+    if by_spline:
+        table = qallib.splines(x, smooth)
+        slope = qallib.deriv_array(x, smooth, DerivMethod.SPLINE, 1)
+        slope_note = "of the spline through the smoothed curve, at the vertex"
+    else:
+        slope = qallib.deriv_array(x, smooth, DerivMethod.LINE_FIT, 1, LONG_SLOPE_SPAN)
+        slope_note = (f"least-squares line over {LONG_SLOPE_SPAN} samples of the smoothed curve, at the sample; "
+                      f"the spline takes at most {SPLINE_MAX} samples")
     crossings, ends = _crossings(x, smooth, level)
     band = qallib.calc_boundaries(smooth.astype(np.float32), 2, args.band, 2, args.band)
     outside = qallib.check_in_out_arrays(y.astype(np.float32), band.upper, band.lower)
@@ -551,17 +710,18 @@ def run_analyze(args, curve):
                       f"{'slope':>12}")
         for i in range(len(hits.index)):
             kind = "peak" if hits.kind[i] == ExtremumKind.MAX else "valley"
-            at = qallib.first_derivative(x, smooth, table, float(hits.vertex_x[i]))
+            at = (qallib.first_derivative(x, smooth, table, float(hits.vertex_x[i])) if by_spline
+                  else slope[int(hits.index[i])])
             report.append(f"  {kind:<6}{int(hits.index[i]):>7}{short(hits.x[i]):>12}{short(hits.y[i]):>12}"
                           f"{short(hits.vertex_x[i]):>12}{short(hits.vertex_y[i]):>12}{short(at):>12}")
-        report.append("  (slope: of the spline through the smoothed curve, at the vertex)")
+        report.append(f"  (slope: {slope_note})")
     else:
         report.append("  none")
     report += ["", f"{short(args.percent)} % of the smoothed maximum (level {short(np.float32(level))}):"]
     found = dict(ends)
-    for which, words in (("first_from_start", "first reached from the start"),
-                         ("first_from_end", "first reached from the end")):
-        report.append(f"  {words} at {short(found[which].x) if which in found else 'none'}")
+    for which, end in (("first_from_start", "start"), ("first_from_end", "end")):
+        report.append(f"  first reached from the {end} at {short(found[which].x)}" if which in found
+                      else f"  not reached from the {end}")
     if len(found) == 2:
         report.append(f"  width between them {short(found['first_from_end'].x - found['first_from_start'].x)}"
                       f"  ({len(crossings.index)} crossings in all)")
@@ -572,12 +732,19 @@ def run_analyze(args, curve):
     figure = None
     if args.plot:
         figure, (ax, lower_ax) = new_figure(curve, rows=2)
-        ax.fill_between(x, band.lower, band.upper, color="tab:blue", alpha=0.15, linewidth=0,
-                        label=f"±{short(args.band)} % band")
+        # The band as a fill between two thin edges, so that it reads under the line and the data.
+        ax.fill_between(x, band.lower, band.upper, color="tab:cyan", alpha=0.3, linewidth=0,
+                        label=f"±{short(args.band)} % band", zorder=1)
+        for edge in (band.lower, band.upper):
+            ax.plot(x, edge, color="tab:cyan", linewidth=0.6, zorder=2)
         # The samples as light points under the smoothed line: both stay visible.
-        draw_curve(ax, curve, linestyle="none", marker=".", markersize=2, color="0.6")
+        draw_curve(ax, curve, linestyle="none", marker=".", markersize=2, color="0.55", zorder=2)
         ax.plot(x, smooth, color="tab:blue", linewidth=1.2, label="smoothed", zorder=3)
-        mark_extrema(ax, hits, annotate=True)
+        y32 = y.astype(np.float32)
+        out = (y32 > band.upper) | (band.lower > y32)  # as the library counts them
+        if out.any():
+            ax.plot(x[out], y[out], linestyle="none", marker="o", markersize=4, markerfacecolor="none",
+                    markeredgecolor="tab:purple", label=f"outside the band ({outside})", zorder=4)
         ax.axhline(float(np.float32(level)), color="tab:orange", linestyle="--", linewidth=0.8,
                    label=f"{short(args.percent)} % of maximum")
         label = "first from each end"
@@ -586,14 +753,16 @@ def run_analyze(args, curve):
                 ax.plot([found[which].x], [found[which].y], linestyle="none", marker=marker, markersize=11,
                         color="tab:orange", label=label)
                 label = None
-        ax.margins(y=0.12)
+        mark_extrema(ax, hits, annotate=True)  # last: it sizes the y range for its labels
         # Many entries: beside the plot, where they cover nothing.
         ax.legend(loc="upper left", bbox_to_anchor=(1.01, 1.0), fontsize=8, frameon=False)
-        lower_ax.plot(x, slope, color="tab:green", linewidth=1.0)
+        lower_ax.plot(x, slope, color="tab:green", linewidth=1.0,
+                      label="spline" if by_spline else f"least-squares lines, {LONG_SLOPE_SPAN} samples")
         lower_ax.axhline(0.0, color="0.4", linewidth=0.6)
         for vx in hits.vertex_x:
             lower_ax.axvline(vx, color="0.6", linestyle=":", linewidth=0.8)
         lower_ax.set_ylabel("slope (smoothed)")
+        lower_ax.legend(loc="upper left", bbox_to_anchor=(1.01, 1.0), fontsize=8, frameon=False)
     return text, figure
 
 
@@ -607,6 +776,8 @@ RESAMPLERS = {"spline": InterpolOption.SPLINE, "segment": InterpolOption.SEGMENT
               "line": InterpolOption.LINE, "log-line": InterpolOption.LOG_LINE,
               "log-segment": InterpolOption.LOG_SEGMENT}
 MAX_GRID = 1_000_000
+SPLINE_MAX = 10_000  # the library's natural spline takes at most this many samples
+LONG_SLOPE_SPAN = 5  # analyze's slope over more samples than the spline takes
 
 # The commands with no single-precision routine in the library.
 DOUBLE_ONLY = {"extrema", "crossings", "integrate", "analyze"}
@@ -636,6 +807,13 @@ def _check_options(args):
             bad("--window", args.window, "must be at least 3")
         if args.min_height < 0:
             bad("--min-height", args.min_height, "must not be negative")
+    if getattr(args, "percent", None) is not None and not 0 < args.percent <= 100:
+        bad("--percent", args.percent, "must be above 0 and at most 100")
+    if args.plot is not None and plot_format(args.plot) not in PLOT_METADATA:
+        bad("--plot", args.plot, f"the suffix names no format of the plot ({', '.join(PLOT_METADATA)})")
+    if args.plot is not None and args.output is not None and (
+            _resolved(args.plot) == _resolved(args.output)):
+        bad("--plot", args.plot, "the same file as -o")
     if args.command == "analyze" and args.band < 0:
         bad("--band", args.band, "must not be negative")
     if args.command == "derive" and args.method == "line-fit" and args.span < 2 * args.order:
@@ -663,7 +841,7 @@ class _Parser(argparse.ArgumentParser):
         raise BadInput(f"{command}{message} (see {self.prog} --help)")
 
 
-def _common(parser, plot_help="draw the curve and what was found into this PNG file"):
+def _common(parser, plot_help="draw the curve and what was found into this PNG file (.pdf, .svg: in that format)"):
     parser.add_argument("file", nargs="?", default=STDIN, metavar="FILE",
                         help="CSV file, or - for standard input (default: -)")
     parser.add_argument("--x", default="1", metavar="COL",
@@ -675,7 +853,9 @@ def _common(parser, plot_help="draw the curve and what was found into this PNG f
                              "line: tab, then ;, then , where present, else runs of blanks)")
     parser.add_argument("--float", action="store_true",
                         help="read the numbers as float32 and run the single-precision routines")
-    parser.add_argument("-o", "--output", metavar="FILE", help="write the result there, not to standard output")
+    parser.add_argument("-o", "--output", metavar="FILE",
+                        help="write the result there, not to standard output (through a symbolic link; a device or "
+                             "FIFO is written into)")
     parser.add_argument("--plot", metavar="FILE.png", help=plot_help)
 
 
@@ -706,7 +886,7 @@ Exit status: 0 done, 1 a status from the library, 2 bad input or usage.""")
                   "means of its three thirds has a peak or valley that stands out enough, the window's extreme "
                   "sample and the parabola's vertex are reported, each extreme sample once. Columns: "
                   "kind (max, min), index (of the sample, from 0), x, y (the sample), vertex_x, vertex_y. "
-                  "Exit status 1 when there is none. Needs x strictly ascending and 3 samples.",
+                  "Exit status 1 when there is none. Needs x strictly ascending, finite y and 3 samples.",
                   "qal extrema --window 30 --min-height 5 curve.csv")
     sub.add_argument("--window", type=int, default=30,
                      help="samples per window, rounded down to a multiple of 3; above the number of samples it "
@@ -722,13 +902,14 @@ Exit status: 0 done, 1 a status from the library, 2 bad input or usage.""")
                   "level makes both its pairs count; the last pair is not examined); then rows "
                   "'first_from_start' and 'first_from_end': the first crossing met scanning from either end. "
                   "Columns: which, index, x, level (the level as the library uses it, rounded to float32). "
-                  "Exit status 1 when the curve never reaches the level. Needs x strictly ascending and 3 "
-                  "samples.",
+                  "Exit status 1 when the curve never reaches the level. Needs x strictly ascending, finite y "
+                  "and 3 samples.",
                   "qal crossings --percent 50 curve.csv      # the half-maximum points")
     level = sub.add_mutually_exclusive_group()
     level.add_argument("--level", type=float, help="an absolute level")
     level.add_argument("--percent", type=float, default=50.0,
-                       help="the level as a percentage of the highest sample (default: 50)")
+                       help="the level as a percentage of the highest sample, above 0 and at most 100 "
+                            "(default: 50)")
 
     sub = command("smooth", "the curve smoothed by a moving filter",
                   "The samples count as equally spaced (x is not read). At the ends the weights of the taps "
@@ -765,15 +946,16 @@ Exit status: 0 done, 1 a status from the library, 2 bad input or usage.""")
     grid.add_argument("--points", type=int, help="number of points, 2 or more (default: as many as the samples)")
     grid.add_argument("--step", type=float, help="distance of the points, from the first sample on")
     sub.add_argument("--method", choices=tuple(RESAMPLERS), default="spline",
-                     help="spline: natural cubic spline; segment: the line through the sample that a "
-                          "bisection locates (the one before x, or one off) and the next; located: that "
+                     help="spline: natural cubic spline (at most 10000 samples); segment: the line through the "
+                          "sample that a bisection locates (the one before x, or one off) and the next; located: that "
                           "sample's y; local-line: least-squares line through the 6, 4 or 2 samples there; "
                           "line: one least-squares line through all; log-line, log-segment: those in log-log "
                           "coordinates (default: spline)")
 
     sub = command("fit", "the least-squares line y = intercept + slope x",
                   "Columns: intercept, slope. Needs 2 samples; equal x everywhere gives nan.",
-                  "qal fit --plot line.png curve.csv", plot_help="draw the samples and the line into this PNG file")
+                  "qal fit --plot line.png curve.csv",
+                  plot_help="draw the samples and the line into this PNG file (.pdf, .svg: in that format)")
     sub.add_argument("--method", choices=("lin-fit", "regression"), default="lin-fit",
                      help="two passes about the mean x, or one pass over raw sums (default: lin-fit)")
 
@@ -781,7 +963,7 @@ Exit status: 0 done, 1 a status from the library, 2 bad input or usage.""")
                   "Of the natural cubic spline through the samples: stages of the trapezoidal rule on it, each "
                   "halving the step, until two successive stages agree to --tolerance. Columns: from, to, "
                   "integral, stages (run), change (between the last two). Needs x strictly ascending and 2 "
-                  "samples.",
+                  "samples, at most 10000 (the spline's limit).",
                   "qal integrate --from 20 --to 60 curve.csv")
     sub.add_argument("--from", dest="lower", type=float, help="lower limit, inside the data (default: the first x)")
     sub.add_argument("--to", dest="upper", type=float, help="upper limit, inside the data (default: the last x)")
@@ -796,15 +978,19 @@ Exit status: 0 done, 1 a status from the library, 2 bad input or usage.""")
                   "The curve smoothed (Savitzky-Golay), the extrema of the smoothed curve with their vertices "
                   "and the slope of its spline there, where it first reaches a level (half its maximum) from "
                   "either end, and how many samples leave a band around it. Numbers rounded to 6 digits; the "
-                  "other commands give them in full. Needs x strictly ascending and 3 samples.",
+                  "other commands give them in full. Over 10000 samples, the spline's limit, the slope comes from "
+                  "least-squares lines over 5 samples, read at the extremum's sample (the report says so). Needs x "
+                  "strictly ascending, finite y and 3 samples.",
                   "qal analyze examples/data/sample_curve.csv --plot curve.png",
-                  plot_help="draw the curve, the smoothed curve, the band, extrema, crossings and the slope")
+                  plot_help="draw the curve, the smoothed curve, the band, extrema, crossings and the slope "
+                            "(.pdf, .svg: in that format)")
     sub.add_argument("--width", type=int, default=21, help="smoothing taps, odd, 3 to 299 (default: 21)")
     sub.add_argument("--degree", type=int, default=2, help="smoothing degree: 2, 4 or 6 (default: 2)")
     sub.add_argument("--window", type=int, default=30, help="extremum window, as for extrema (default: 30)")
     sub.add_argument("--min-height", type=float, default=5.0, metavar="PERCENT",
                      help="extremum height, as for extrema (default: 5)")
-    sub.add_argument("--percent", type=float, default=50.0, help="level, %% of the smoothed maximum (default: 50)")
+    sub.add_argument("--percent", type=float, default=50.0,
+                     help="level, %% of the smoothed maximum, above 0 and at most 100 (default: 50)")
     sub.add_argument("--band", type=float, default=5.0, metavar="PERCENT",
                      help="half width of the band around the smoothed curve, %% of it (default: 5)")
     return parser
@@ -836,6 +1022,8 @@ def main(argv=None):
         return 1
     except NoResult as error:
         print(f"qal: {command}: {error}", file=sys.stderr)
+        return 1
+    except Quiet:
         return 1
     return 0
 

@@ -2,6 +2,7 @@
 statuses, and that a failed run leaves no output file behind."""
 
 import re
+import shlex
 import subprocess
 import sys
 from pathlib import Path
@@ -25,6 +26,7 @@ RUNS = [
     # arguments, file fed to standard input, expected output
     (["extrema", "--window", "3", "peak.csv"], None, "extrema.out"),  # header, comments
     (["extrema", "--window", "3", "--x", "time", "--y", "signal", "-t", ",", "peak.csv"], None, "extrema.out"),
+    (["extrema", "--window", "3", "quoted.csv"], None, "extrema.out"),  # every cell in double quotes
     (["crossings", "-"], "peak.txt", "crossings.out"),  # standard input, blank-separated, no header
     (["crossings", "--x", "1", "--y", "2", "-t", "space"], "peak.txt", "crossings.out"),
     (["smooth", "--float", "--width", "5", "peak.csv"], None, "smooth_float.out"),
@@ -46,7 +48,7 @@ def test_golden_output(args, stdin, expected):
 FAILURES = [
     # arguments, exit status, the line on standard error
     (["extrema", "bad_cell.csv"], 2, "qal: bad_cell.csv:4:2: 'abc' is not a number"),
-    (["extrema", "ragged.csv"], 2, "qal: ragged.csv:3: ragged row: 3 cells, expected 2"),
+    (["extrema", "ragged.csv"], 2, "qal: ragged.csv:3:3: ragged row: 3 cells, expected 2"),
     (["extrema", "two_points.csv"], 2, "qal: two_points.csv: too few points: 2, extrema needs at least 3"),
     (["derive", "descending.txt"], 2,
      "qal: descending.txt:4:1: x descends (2.5 after 3); derive needs x strictly ascending"),
@@ -61,18 +63,23 @@ FAILURES = [
     (["resample", "missing.csv"], 2, "qal: missing.csv: No such file or directory"),
     (["extrema", "--window", "x", "peak.csv"], 2,
      "qal: extrema: argument --window: invalid int value: 'x' (see qal extrema --help)"),
-    (["crossings", "nan_first.csv"], 1,
-     "qal: crossings: QAL_ERR_NOT_FOUND: calc_abs_maximum: the search ran through the data and found nothing"),
+    (["crossings", "nan_first.csv"], 2, "qal: nan_first.csv:2:2: 'nan' in y: crossings needs finite samples"),
+    (["integrate", "/dev/stdin"], 2,  # LONG_CURVE
+     "qal: /dev/stdin: too many points for the spline: 10001, at most 10000 (integrate)"),
     (["crossings", "--level", "1000", "peak.csv"], 1,
      "qal: crossings: QAL_ERR_NOT_FOUND: the curve does not reach the level 1000.0"),
 ]
+
+
+LONG_CURVE = "".join(f"{i},{i % 7}\n" for i in range(10_001)).encode()
 
 
 @pytest.mark.parametrize("args, status, line", FAILURES, ids=[f"{f[0][0]}-{f[0][-1]}-{f[1]}" for f in FAILURES])
 def test_failure_leaves_no_output(tmp_path, args, status, line):
     kept = tmp_path / "kept.csv"
     kept.write_text("an earlier result\n")
-    result = qal(*args, "-o", str(kept), "--plot", str(tmp_path / "plot.png"), stdin=b"# nothing\n")
+    stdin = LONG_CURVE if "/dev/stdin" in args else b"# nothing\n"
+    result = qal(*args, "-o", str(kept), "--plot", str(tmp_path / "plot.png"), stdin=stdin)
     assert (result.returncode, result.stderr.decode(), result.stdout) == (status, line + "\n", b"")
     assert [p.name for p in tmp_path.iterdir()] == ["kept.csv"]
     assert kept.read_text() == "an earlier result\n"
@@ -86,6 +93,27 @@ def test_outputs_are_whole_and_repeatable(tmp_path):
     png = (tmp_path / "a.png").read_bytes()
     assert png.startswith(b"\x89PNG") and len(png) < 100_000 and png == (tmp_path / "b.png").read_bytes()
     assert (tmp_path / "a.txt").read_text().startswith(str(GOLDEN / "peak.csv") + ": 24 samples")
+
+
+@pytest.mark.parametrize("redirect, line", [
+    ("> /dev/full", "qal: <stdout>: No space left on device\n"),
+    (">&-", "qal: <stdout>: Bad file descriptor\n"),
+    ("| head -c 1 > /dev/null", ""),  # the reader stops early: no word, no traceback
+])
+def test_failed_standard_output_is_one_line(redirect, line):
+    command = shlex.join(QAL + ["smooth", "--width", "3", str(GOLDEN / "peak.csv")]) + " " + redirect
+    result = subprocess.run(command, shell=True, capture_output=True, check=False)
+    assert result.stderr.decode() == line
+    assert result.returncode == (2 if line else 0)
+
+
+def test_output_through_a_symbolic_link(tmp_path):
+    (tmp_path / "real.csv").write_text("an earlier result\n")
+    (tmp_path / "link.csv").symlink_to("real.csv")
+    result = qal("fit", str(GOLDEN / "peak.csv"), "-o", "link.csv", cwd=tmp_path)
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert (tmp_path / "link.csv").is_symlink() and (tmp_path / "real.csv").read_text().startswith("intercept,")
+    assert sorted(p.name for p in tmp_path.iterdir()) == ["link.csv", "real.csv"]
 
 
 ONE_PLUS_ULP = 1.0 + 2.0**-23
