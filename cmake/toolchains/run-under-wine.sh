@@ -29,8 +29,19 @@ export WINEPATH="$(winpath "$runtime");$(winpath "$pthread");$(winpath "$dir/src
 # the test discovery) would wait for them. So the program writes to files, shown after it.
 out=$(mktemp) err=$(mktemp)
 trap 'rm -f "$out" "$err"' EXIT
-status=0
-wine "$@" >"$out" 2>"$err" </dev/null || status=$?
+# Now and then wine itself fails to start (its loader, or a server on its way out) and
+# exits at once with nothing written; every program run here prints something first (a
+# test program its banner or its list of tests), so such a run is started again, at most
+# twice, and said on standard error. A program that fails by itself fails the same way
+# each time and is reported as it is.
+for attempt in 1 2 3; do
+  status=0
+  wine "$@" >"$out" 2>"$err" </dev/null || status=$?
+  ((status != 0)) && [[ ! -s "$out" && ! -s "$err" ]] && ((attempt < 3)) || break
+  echo "run-under-wine: wine exited with status ${status} before the program wrote anything; starting it again" >&2
+  sleep 1
+  wineserver --persistent=60 </dev/null >/dev/null 2>&1 || true
+done
 cat "$out"
 cat "$err" >&2
 exit "$status"
