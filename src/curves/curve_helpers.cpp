@@ -9,14 +9,13 @@
 namespace {
 
 using qal::detail::kNoValue;
+using qal::detail::kPairSize;
 
 // What stays in a window's kind when QAL_GetExtremum finds its parabola flat.
 constexpr int kNoKind = 0;
 // Report the extreme sample / the vertex of the parabola.
 constexpr int kSample = 0;
 constexpr int kVertex = 1;
-// The crossing is placed on the line through exactly the two samples of the pair.
-constexpr int kPairSize = 2;
 
 // Strictly beyond the drivers' start value, as their improvement test demands of a first
 // hit; a NaN never is.

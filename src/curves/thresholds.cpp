@@ -2,11 +2,13 @@
 
 #include "curves/curve_lanes.h"
 #include "curves/level_crossing.h"
+#include "frame/constants.h"
 #include "qal/qal.h"
 
 namespace {
 
 using qal::detail::crossesLevel;
+using qal::detail::kPairSize;
 
 // Scans run toward the first sample with this direction, toward the last with any other.
 constexpr int kBackward = 2;
@@ -14,8 +16,6 @@ constexpr int kBackward = 2;
 constexpr int kForwardFromEnds = 1;
 // Report the point on the line through the two samples of the hit pair.
 constexpr int kResultOnLine = 2;
-// The line is fitted through exactly those two samples.
-constexpr int kPairSize = 2;
 
 // Level kinds; any other value is an absolute level.
 constexpr int kPercentOfFarEnd = 2;

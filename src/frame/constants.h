@@ -21,6 +21,8 @@ inline constexpr double kZeroDivisorSubstitute = 1e15;
 // The largest point count of the routines that bound it (splines, polynomial and
 // rational interpolation, point derivatives); one more is an impossible count.
 inline constexpr int kMaxCurvePoints = 10000;
+// A level crossing is placed on the line through exactly the two samples around it.
+inline constexpr int kPairSize = 2;
 
 // Float images of the limits (bits 0x69045951 and 0x15F79688). The first lies below
 // 1e25 and the second above 1e-25, so comparisons against a limit stay in double.
