@@ -37,7 +37,7 @@ trap 'rm -f "$out" "$err"' EXIT
 for attempt in 1 2 3; do
   status=0
   wine "$@" >"$out" 2>"$err" </dev/null || status=$?
-  ((status != 0)) && [[ ! -s "$out" && ! -s "$err" ]] && ((attempt < 3)) || break
+  if ((status == 0 || attempt == 3)) || [[ -s "$out" || -s "$err" ]]; then break; fi
   echo "run-under-wine: wine exited with status ${status} before the program wrote anything; starting it again" >&2
   sleep 1
   wineserver --persistent=60 </dev/null >/dev/null 2>&1 || true

@@ -426,10 +426,11 @@ QAL_API int QAL_DerivArray(const double* x, const double* y, double* deriv, int 
 // QAL_DerivArray on float curves, worked in double on copies widened by QAL_F2D (x, y,
 // then deriv, so that what no step writes keeps its value), then the n work doubles.
 // Only QAL_OK narrows the copies back by QAL_D2F (x and y keep their values, a
-// signalling NaN among them quieted; deriv is rounded to float once); every failure leaves all three arrays as they were, a
-// zero-wide spline interval too. QAL_ERR_MEMORY for a null array before any allocation,
-// for n < 1 (from QAL_F2D) and when a copy or the work array cannot be had; then the
-// failures of QAL_DerivArray from QAL_ERR_TOO_FEW_POINTS on.
+// signalling NaN among them quieted; deriv is rounded to float once); every failure
+// leaves all three arrays as they were, a zero-wide spline interval too. QAL_ERR_MEMORY
+// for a null array before any allocation, for n < 1 (from QAL_F2D) and when a copy or
+// the work array cannot be had; then the failures of QAL_DerivArray from
+// QAL_ERR_TOO_FEW_POINTS on.
 QAL_API int QAL_DerivFloatArray(float* x, float* y, float* deriv, int n, int method, int order, int span);
 
 // ---- Smoothing: derivatives at a point -------------------------------------------------
